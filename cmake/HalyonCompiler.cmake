@@ -1,0 +1,31 @@
+# Warnings, sanitizers and coverage: what every target of the tree is built with. `halyon_compile(TARGET)` applies it.
+
+set(HALYON_WARNINGS
+    -Wall -Wextra -Wpedantic -Werror
+    -Wconversion -Wsign-conversion -Wshadow
+    -Wcast-align -Wcast-qual -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough
+    -Wmissing-declarations -Wold-style-cast -Woverloaded-virtual -Wredundant-decls
+    -Wundef -Wunused -Wvla)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND HALYON_WARNINGS -Wduplicated-branches -Wduplicated-cond -Wlogical-op)
+endif()
+
+set(HALYON_INSTRUMENT "")
+if(HALYON_SANITIZE)
+  list(APPEND HALYON_INSTRUMENT -fsanitize=${HALYON_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+endif()
+if(HALYON_COVERAGE)
+  list(APPEND HALYON_INSTRUMENT --coverage -fprofile-update=atomic)
+endif()
+# The whole program is instrumented or none of it: a half-instrumented process reports faults that are not there.
+add_compile_options(${HALYON_INSTRUMENT})
+add_link_options(${HALYON_INSTRUMENT})
+
+# Without this an inline static of a template would pin the module in memory for ever after its first load.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-fno-gnu-unique)
+endif()
+
+function(halyon_compile target)
+  target_compile_options(${target} PRIVATE ${HALYON_WARNINGS})
+endfunction()

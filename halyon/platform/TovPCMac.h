@@ -1,0 +1,247 @@
+// The portability layer: critical sections, events, threads, sleep, 16-bit text, and the shared empty string block.
+//
+// What must hold on every machine is said here; an implementation lies in one folder of its own beside this file.
+// Everything stands at global scope.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <type_traits>
+
+#include <halyon/framework/HynTypes.h>
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Critical sections: re-entrant mutual exclusion between the threads of a process.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// One critical section, wholly inside its pointer-wide handle: making one takes no memory and cannot fail. It must not
+// move while it is in use.
+struct alignas(void*) TovCriticalSection
+{
+    std::uint32_t uOwner; // identifier of the thread inside, with the top bit set when others wait; 0 when free
+    std::uint32_t uDepth; // how many more times the owner has entered; guarded by uOwner
+};
+static_assert(sizeof(void*) != 8 || sizeof(TovCriticalSection) == sizeof(void*));
+
+// Makes the section free. [owner]
+void TovInitCriticalSection(TovCriticalSection* pSection) noexcept;
+
+// Ends its use. Requires: no thread is inside or waits. [owner]
+void TovDeleteCriticalSection(TovCriticalSection* pSection) noexcept;
+
+// Waits, asleep, until no other thread is inside, then enters. The thread inside may enter again. Without contention it
+// costs one atomic operation. [any]
+void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept;
+
+// Leaves once; the section is free when the thread has left as often as it entered. Without contention it costs one
+// atomic operation. Requires: the calling thread is inside. [any]
+void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Events: auto-reset signals between threads.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// 0 is no event. A handle of a closed event stays safe to use: every call on it fails.
+using TovEventRef = std::uintptr_t;
+
+// A wait without limit.
+inline constexpr std::int32_t kTovForever = -1;
+
+// Makes an event. `bManualReset` must be 0: a successful wait takes the signal. A non-zero `bInitialState` makes it
+// signalled from the start. Returns 0 when there is no memory. The caller closes it. [any]
+[[nodiscard]] TovEventRef TovCreateEvent(int bManualReset, int bInitialState) noexcept;
+
+// Signals the event: one waiting thread, or the next that waits, goes on. Signals do not add up. On a closed event or
+// 0 nothing happens. Returns 0, or non-zero when there is no such event. [any]
+int TovSetEvent(TovEventRef event) noexcept;
+
+// Waits, asleep, for the signal and takes it; at most `nMilliseconds`, or without limit for kTovForever. Returns 0 when
+// the signal came; non-zero when the time ran out, when the event was closed before or during the wait, and, after a
+// short sleep, for 0 and for closed handles, so that a loop around it does not spin. [any]
+int TovWaitEvent(TovEventRef event, std::int32_t nMilliseconds) noexcept;
+
+// Closes the event; its waiters return with a non-zero result. On a closed event or 0 nothing happens. [any]
+void TovCloseEvent(TovEventRef event) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Threads and time.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// 0 is no thread.
+using TovThreadRef = std::uintptr_t;
+using TovThreadProc = std::uint32_t (*)(void* pArgument);
+
+// Starts `proc(pArgument)` on a new thread. `nFlags` must be 0; `uStackSize` is in bytes, 0 for the system's usual
+// size. Returns 0 when no thread could be made. The caller closes the reference; the thread runs on regardless. [any]
+[[nodiscard]] TovThreadRef TovCreateThread(TovThreadProc proc, void* pArgument, int nFlags,
+                                           std::uint32_t uStackSize) noexcept;
+
+// Waits, asleep, for the thread to end; at most `nMilliseconds`, or without limit for kTovForever. Returns 0 when it
+// has ended, non-zero when the time ran out or there is no such thread. Closing the reference does not disturb a wait
+// that has begun. [any]
+int TovWaitThread(TovThreadRef thread, std::int32_t nMilliseconds) noexcept;
+
+// Gives the reference back; the thread itself is not touched. On 0 and on a reference closed before nothing happens.
+// [any]
+void TovCloseThreadRef(TovThreadRef thread) noexcept;
+
+// Sets the thread's priority relative to the process's usual one: 0 is usual, lower is more patient. Returns 0, or
+// non-zero when the system refuses. [any]
+int TovSetThreadPriority(TovThreadRef thread, int nPriority) noexcept;
+
+// The calling thread's identifier: the kernel's, so it is what the system's own tools show. Never 0. Cheap enough to
+// ask each time. [any]
+[[nodiscard]] std::uint32_t GetCurrentTovThreadID() noexcept;
+
+// Counts the forks that lie between the program's start and this process; what a process inherited from another can
+// so be told from what it made itself. Cheap enough to ask each time. [any]
+[[nodiscard]] std::uint32_t TovGetForkCount() noexcept;
+
+// Puts the calling thread to sleep; never returns early. [any]
+void TovSleep(std::uint32_t uMilliseconds) noexcept;
+void TovUSleep(std::uint32_t uMicroseconds) noexcept;
+
+// What TovSleep and TovUSleep do, for programs that must not wait in real time: tests of long waits, simulations.
+using TovSleepProc = void (*)(std::uint64_t uMicroseconds);
+
+// Replaces what sleeping does in this process (null restores the real sleep); returns what it replaced, null for the
+// real sleep. [any]
+TovSleepProc TovSetSleepProc(TovSleepProc proc) noexcept;
+
+// Reads the system's time zone again. The zone is read at first use; a host calls this after the user has changed it,
+// or after setting `TZ`. Conversions that run meanwhile use the old zone or the new one. [any]
+void TovTimeZoneChanged() noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// 16-bit text. Every text argument is zero-terminated and not null unless said otherwise.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// Length in units, without the terminator. [any]
+[[nodiscard]] std::size_t tov_wcslen(const char16_t* psz) noexcept;
+
+// Copies with the terminator; returns `dest`. Requires: room for tov_wcslen(src) + 1 units. [any]
+char16_t* tov_wcscpy(char16_t* dest, const char16_t* src) noexcept;
+
+// Copies at most `uCount` units; when the text is shorter the rest becomes zeros, when it is not shorter no terminator
+// is written. Returns `dest`. [any]
+char16_t* tov_wcsncpy(char16_t* dest, const char16_t* src, std::size_t uCount) noexcept;
+
+// Compares without regard to letter case: simple Unicode case folding by code point, the same in every locale. Returns
+// 0, or a number with the sign of the order of the folded code points. An unpaired surrogate stands for itself. [any]
+[[nodiscard]] int tov_wcscmpi(const char16_t* a, const char16_t* b) noexcept;
+
+// The same over at most the first `uCount` units of each. [any]
+[[nodiscard]] int tov_wcsnicmp(const char16_t* a, const char16_t* b, std::size_t uCount) noexcept;
+
+// Non-zero for Unicode white space (the ideographic and the no-break space too). [any]
+[[nodiscard]] int tov_iswspace(char16_t unit) noexcept;
+
+// The number at the start of the text: white space, one sign, ASCII digits; it ends at the first other unit, and is 0
+// when there is none. Modulo 2^32. [any]
+[[nodiscard]] std::int32_t tov_wtoi(const char16_t* psz) noexcept;
+
+// An argument of tov_swprintf.
+struct TovFormatArgument
+{
+    enum class Kind
+    {
+        Signed,
+        Unsigned,
+        Double
+    };
+    Kind kind;
+    union
+    {
+        std::int64_t nValue;
+        std::uint64_t uValue;
+        double fValue;
+    };
+    std::uint32_t uBytes; // size of the integer as it was passed
+
+    template <class T>
+    requires std::is_arithmetic_v<T>
+    constexpr TovFormatArgument(T value) noexcept : kind{}, nValue{}, uBytes(sizeof(T))
+    {
+        if constexpr (std::is_floating_point_v<T>)
+        {
+            kind = Kind::Double;
+            fValue = static_cast<double>(value);
+        }
+        else if constexpr (std::is_signed_v<T>)
+        {
+            kind = Kind::Signed;
+            nValue = value;
+        }
+        else
+        {
+            kind = Kind::Unsigned;
+            uValue = value;
+        }
+    }
+};
+
+// Formats into `buffer`, terminator always included; returns the length written, without it. What does not fit is cut
+// at the last whole character. The conversions are d i u x X o for integers and f F e E g G for doubles, with flags,
+// width and precision, and %%; the decimal point is "." in every locale. A format that asks for another conversion,
+// for one of the wrong kind, or for more arguments than there are, yields the empty text. An empty span is left alone.
+// [any]
+int TovFormat(std::span<char16_t> buffer, const char16_t* format,
+              std::span<const TovFormatArgument> arguments) noexcept;
+
+// The same in the usual form. The buffer's size travels inside its type, so that no call can write past it.
+template <std::size_t N, class... Arguments>
+int tov_swprintf(char16_t (&buffer)[N], const char16_t* format, Arguments... arguments) noexcept
+{
+    if constexpr (sizeof...(Arguments) == 0)
+    {
+        return TovFormat(buffer, format, {});
+    }
+    else
+    {
+        const TovFormatArgument list[] = {TovFormatArgument(arguments)...};
+        return TovFormat(buffer, format, list);
+    }
+}
+
+// Converts to UTF-8, without a terminator. An unpaired surrogate becomes U+FFFD. Returns the number of bytes that the
+// whole text takes; writes only when that is at most `uSize`, so (nullptr, 0) asks for the size. [any]
+std::size_t TovTextToUTF8(const char16_t* text, std::size_t uLength, char* buffer, std::size_t uSize) noexcept;
+
+// Converts from UTF-8, without a terminator. Each maximal ill-formed sequence becomes U+FFFD. Returns the number of
+// units that the whole text takes; writes only when that is at most `uSize` units. [any]
+std::size_t TovTextFromUTF8(const char* text, std::size_t uBytes, char16_t* buffer, std::size_t uSize) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The shared empty string.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// The header before the characters of every string block; `nCapacity` + 1 units follow it without a gap.
+struct CTovStringWData
+{
+    std::int32_t nRefCount; // strings that share the block; negative: locked, never shared
+    std::int32_t nLength;   // units in use, without the terminator
+    std::int32_t nCapacity; // units that fit, without the terminator
+};
+static_assert(sizeof(CTovStringWData) == 12);
+
+// The empty block (count negative, length and capacity 0) and its characters. It lies in writable memory: assigning an
+// empty text to an empty string writes its length and its terminator anew. It is never freed and never counted. Strings
+// read both pointers each time. [any]
+extern CTovStringWData* tovtmpDataNilW;
+extern char16_t* tovtmpPchNilW;
+
+namespace Halyon
+{
+// Atomic counters. Each returns the value before the change. [any]
+inline std::int32_t IncrementAtomic(std::int32_t* pCount) noexcept
+{
+    return std::atomic_ref(*pCount).fetch_add(1, std::memory_order_acq_rel);
+}
+
+inline std::int32_t DecrementAtomic(std::int32_t* pCount) noexcept
+{
+    return std::atomic_ref(*pCount).fetch_sub(1, std::memory_order_acq_rel);
+}
+} // namespace Halyon

@@ -1,0 +1,78 @@
+// Critical sections: the owner's thread identifier in a word that the kernel can wait on.
+
+#include <halyon/platform/TovPCMac.h>
+
+#include "Futex.h"
+
+using Halyon::Linux::FutexWait;
+using Halyon::Linux::FutexWake;
+
+namespace
+{
+// Set beside the owner's identifier when somebody may be asleep on the word.
+constexpr std::uint32_t kHasWaiters = 0x80000000u;
+
+void EnterContended(std::atomic_ref<std::uint32_t> owner, const std::uint32_t* word, std::uint32_t self) noexcept
+{
+    // A short look before sleeping: most sections are left within it.
+    for (int spin = 0; spin < 100; ++spin)
+    {
+        std::uint32_t seen = owner.load(std::memory_order_relaxed);
+        if (seen == 0 && owner.compare_exchange_weak(seen, self, std::memory_order_acquire, std::memory_order_relaxed))
+            return;
+        if ((seen & kHasWaiters) != 0)
+            break;
+    }
+    for (;;)
+    {
+        std::uint32_t seen = owner.load(std::memory_order_relaxed);
+        if (seen == 0)
+        {
+            // Others may be asleep beside this thread, so the mark is kept.
+            if (owner.compare_exchange_weak(seen, self | kHasWaiters, std::memory_order_acquire,
+                                            std::memory_order_relaxed))
+                return;
+            continue;
+        }
+        const std::uint32_t marked = seen | kHasWaiters;
+        if (seen == marked || owner.compare_exchange_weak(seen, marked, std::memory_order_relaxed))
+            FutexWait(word, marked, nullptr);
+    }
+}
+} // namespace
+
+void TovInitCriticalSection(TovCriticalSection* pSection) noexcept
+{
+    *pSection = {0, 0};
+}
+
+void TovDeleteCriticalSection(TovCriticalSection* /*pSection*/) noexcept {}
+
+void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept
+{
+    const std::uint32_t self = GetCurrentTovThreadID();
+    const std::atomic_ref owner(pSection->uOwner);
+    std::uint32_t seen = 0;
+    if (owner.compare_exchange_strong(seen, self, std::memory_order_acquire, std::memory_order_relaxed))
+        return;
+    if ((seen & ~kHasWaiters) == self)
+    {
+        ++pSection->uDepth;
+        return;
+    }
+    EnterContended(owner, &pSection->uOwner, self);
+}
+
+void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept
+{
+    if (pSection->uDepth != 0)
+    {
+        --pSection->uDepth;
+        return;
+    }
+    // The section may be destroyed by the next owner as soon as the word is 0; only its address is used after that.
+    const std::uint32_t* word = &pSection->uOwner;
+    const std::uint32_t seen = std::atomic_ref(pSection->uOwner).exchange(0, std::memory_order_release);
+    if ((seen & kHasWaiters) != 0)
+        FutexWake(word, 1);
+}

@@ -1,0 +1,174 @@
+// The wide string: UTF-16 text, counted and copied only when it is written to.
+//
+// For every text that is owned: paths, names, values. Not for parameters that are only read (take `const char16_t*`),
+// and not for building long texts piece by piece: blocks are sized exactly, so each append allocates.
+//
+//     CTovStringW path = u"/home/ann/Pictures";
+//     path += u"/2024";
+//     CTovStringW copy = path;            // one pointer and one atomic increment
+//     std::string utf8 = copy.ToUTF8();
+//
+// The object is one pointer wide; the empty string needs no memory. Lengths and positions are in 16-bit units and never
+// count the terminator. The text may hold zero units where a length says so; operations that take a plain pointer
+// measure it up to its first zero.
+//
+// Threads: strings that share a block may be copied, changed and destroyed on different threads; one string object is
+// not protected. [any] below means so.
+//
+// Memory: when there is none, the operation leaves the string as it stood at that point, often empty; nothing is
+// thrown and nothing is reported. A caller that must know compares the length. ToUTF8 alone throws, as its result does.
+#pragma once
+
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <halyon/platform/CoreFoundation.h>
+#include <halyon/platform/FileManager.h>
+#include <halyon/platform/TovPCMac.h>
+
+class CTovStringW
+{
+public:
+    // The empty string.
+    CTovStringW() noexcept : m_pText(tovtmpPchNilW) {}
+    CTovStringW(std::nullptr_t) noexcept : CTovStringW() {}
+
+    // A copy of a zero-terminated text; null counts as empty.
+    CTovStringW(const char16_t* psz) noexcept;
+
+    // Shares the block of `src`, or copies it when it is locked.
+    CTovStringW(const CTovStringW& src) noexcept;
+
+    // Takes over the block of `src`, which is empty afterwards.
+    CTovStringW(CTovStringW&& src) noexcept : m_pText(src.m_pText) { src.m_pText = tovtmpPchNilW; }
+
+    // A copy of a platform text; null counts as empty. The caller keeps its reference.
+    CTovStringW(Halyon::CFStringRef str) noexcept;
+
+    // A copy of `text`, zero units included.
+    explicit CTovStringW(std::u16string_view text) noexcept;
+
+    ~CTovStringW() { Release(GetData()); }
+
+    // Shares the block of `src`, or copies when this string's block or that of `src` is locked. [any]
+    CTovStringW& operator=(const CTovStringW& src) noexcept;
+    CTovStringW& operator=(CTovStringW&& src) noexcept;
+
+    // Copies a zero-terminated text into this string's own block when it is not shared and large enough, else into a
+    // new one; null counts as empty. Requires: `psz` does not point into this string, unless it is its beginning. [any]
+    CTovStringW& operator=(const char16_t* psz) noexcept;
+
+    // Appends a zero-terminated text, which may be this string's own; null counts as empty. [any]
+    CTovStringW& operator+=(const char16_t* psz) noexcept;
+
+    // The one followed by the other, zero units included. [any]
+    friend CTovStringW operator+(const CTovStringW& a, const CTovStringW& b) noexcept;
+
+    // Length in units. [any]
+    [[nodiscard]] int GetLength() const noexcept { return GetData()->nLength; }
+    [[nodiscard]] bool IsEmpty() const noexcept { return GetData()->nLength == 0; }
+
+    // The text, zero-terminated. Valid until the string is changed or destroyed. [any]
+    operator const char16_t*() const noexcept { return m_pText; }
+
+    // The unit at `nIndex`; the terminator at the length. Requires: 0 <= nIndex <= GetLength(). [any]
+    template <std::integral Index>
+    [[nodiscard]] char16_t operator[](Index nIndex) const noexcept
+    {
+        return m_pText[nIndex];
+    }
+
+    // The units, without the terminator, as a range and as a view. [any]
+    [[nodiscard]] const char16_t* begin() const noexcept { return m_pText; }
+    [[nodiscard]] const char16_t* end() const noexcept { return m_pText + GetLength(); }
+    [[nodiscard]] std::u16string_view View() const noexcept { return {m_pText, static_cast<std::size_t>(GetLength())}; }
+
+    // Comparison by code units, over the whole length. [any]
+    friend bool operator==(const CTovStringW& a, const CTovStringW& b) noexcept { return a.View() == b.View(); }
+    friend bool operator==(const CTovStringW& a, const char16_t* b) noexcept { return a.View() == ViewOf(b); }
+    friend bool operator==(const CTovStringW& a, std::u16string_view b) noexcept { return a.View() == b; }
+    friend std::strong_ordering operator<=>(const CTovStringW& a, const CTovStringW& b) noexcept
+    {
+        return a.View() <=> b.View();
+    }
+    friend std::strong_ordering operator<=>(const CTovStringW& a, const char16_t* b) noexcept
+    {
+        return a.View() <=> ViewOf(b);
+    }
+    friend std::strong_ordering operator<=>(const CTovStringW& a, std::u16string_view b) noexcept
+    {
+        return a.View() <=> b;
+    }
+
+    // The units from `nFirst` on, at most `nCount`; arguments out of range are clamped. The result never shares this
+    // string's block, deliberately: a caller may rely on a block of its own. [any]
+    [[nodiscard]] CTovStringW Mid(int nFirst, int nCount) const noexcept;
+
+    // Mid(nFirst, GetLength() - nFirst), from `nFirst` as given. [any]
+    [[nodiscard]] CTovStringW Mid(int nFirst) const noexcept;
+
+    // The first `nCount` units, clamped; a block of its own, as with Mid. [any]
+    [[nodiscard]] CTovStringW Left(int nCount) const noexcept;
+
+    // Position of the first unit that occurs in `pszCharSet`, or -1. Units are compared exactly. [any]
+    [[nodiscard]] int FindOneOf(const char16_t* pszCharSet) const noexcept;
+
+    // The first unit of `str` that equals any unit of `set`, or null when `str` ends first. [any]
+    [[nodiscard]] static const char16_t* _cstrpbrk(const char16_t* str, const char16_t* set) noexcept;
+
+    // Remove white space, in place, at the start and at the end. A shared block is copied first; the capacity stays.
+    // [any]
+    void TrimLeft() noexcept;
+    void TrimRight() noexcept;
+
+    // A new platform text, which the caller releases with CFRelease; null when there is no memory. [any]
+    [[nodiscard]] Halyon::CFStringRef StringRef() const noexcept;
+
+    // Writes the text up to its first zero unit as UTF-8 with a terminator into `size` bytes; when it does not fit,
+    // `buf` holds the empty text. Returns the number of UTF-16 units, deliberately, whether it fitted or not: the
+    // result only tells whether there was anything to convert. [any]
+    int GetUTF8String(char* buf, int size) const noexcept;
+
+    // Makes a reference to the item that this text names. True (1) on success; false for the empty text, a path longer
+    // than 1023 bytes of UTF-8, and a path that names nothing. [any]
+    bool MakeFSRef(Halyon::FSRef* ref) const noexcept;
+
+    // The whole text as UTF-8 and back, for hosts; ill-formed parts become U+FFFD. ToUTF8 throws std::bad_alloc. [any]
+    [[nodiscard]] std::string ToUTF8() const;
+    [[nodiscard]] static CTovStringW FromUTF8(std::string_view text) noexcept;
+
+protected:
+    // Blocks. The int results are 1 for success and 0 for no memory.
+
+    // Points at a fresh block of `nLen` units, or at the empty block for 0; what was held is not released.
+    int AllocBuffer(int nLen) noexcept;
+    // Makes the block ready for `nLen` units of new text: kept when it is unshared and large enough, else replaced.
+    int AllocBeforeWrite(int nLen) noexcept;
+    void AssignCopy(int nSrcLen, const char16_t* src) noexcept;
+    // Requires: `dest` is empty.
+    void AllocCopy(CTovStringW& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const noexcept;
+    // What was held is not released.
+    void ConcatCopy(int nSrc1Len, const char16_t* src1, int nSrc2Len, const char16_t* src2) noexcept;
+    void ConcatInPlace(int nSrcLen, const char16_t* src) noexcept;
+    // Detaches from a shared block; a locked block is written in place.
+    void CopyBeforeWrite() noexcept;
+    // Lets go of the block and becomes empty.
+    void Release() noexcept;
+    static void Release(CTovStringWData* data) noexcept;
+
+    // The header of the block.
+    [[nodiscard]] CTovStringWData* GetData() const noexcept { return reinterpret_cast<CTovStringWData*>(m_pText) - 1; }
+
+private:
+    [[nodiscard]] static std::u16string_view ViewOf(const char16_t* psz) noexcept
+    {
+        return psz == nullptr ? std::u16string_view() : std::u16string_view(psz, tov_wcslen(psz));
+    }
+
+    char16_t* m_pText; // never null
+};
+
+static_assert(sizeof(CTovStringW) == sizeof(void*));

@@ -1,0 +1,53 @@
+// Static tools for components: dates here.
+//
+// A timestamp is a FILETIME: 1/65536 s since 1904 UTC. In a database it is a double of seconds since 2001-01-01 UTC;
+// for people it is a local calendar date. Nothing here keeps state, so every operation runs on any thread; the local
+// zone is the system's (`TovTimeZoneChanged` reads it again).
+#pragma once
+
+#include <halyon/framework/HynTypes.h>
+#include <halyon/string/CTovStringW.h>
+
+namespace Halyon
+{
+class CHynPubTools
+{
+public:
+    // Seconds since 2001-01-01 UTC, exactly, fraction included. 0.0 for null, deliberately: a null timestamp is stored
+    // as that moment and does not come back as null. [any]
+    static double ConvertFromFileTime(const FILETIME* ft) noexcept;
+
+    // The moment `seconds` after 2001-01-01 UTC, to the nearest 1/65536 s. All zero bits for not-a-number, infinities
+    // and moments that a FILETIME does not hold (before 1904). Null: nothing happens. [any]
+    static void ConvertToFileTime(FILETIME* ft, double seconds) noexcept;
+
+    // The local calendar date as year * 10000 + month * 100 + day. 0 for null. [any]
+    static std::uint32_t ConvertFromFileTimeDW(const FILETIME* ft) noexcept;
+
+    // Local midnight at the start of the packed date `dw`. Month and day are not checked: what is out of range carries
+    // over. Null: nothing happens. [any]
+    static void ConvertToFileTimeDW(FILETIME* ft, std::uint32_t dw) noexcept;
+
+    // The local calendar date. Returns 1, or 0 for null, and then the outputs are untouched. [any]
+    static int GetDateFromFileTime(const FILETIME* ft, std::uint32_t& year, std::uint32_t& month,
+                                   std::uint32_t& day) noexcept;
+
+    // Day of the week of a calendar date, 0 (Sunday) to 6. [any]
+    static std::uint16_t GetDayofweek(std::uint16_t year, std::uint16_t month, std::uint16_t day) noexcept;
+
+    // The current moment, with its fraction. Returns the status of the platform's clock, 0 for success; also 0 for
+    // null, when nothing happens. [any]
+    static std::int32_t CurrentDateTime(FILETIME* ft) noexcept;
+
+    // The local midnight at which the current local day began. Null: nothing happens. [any]
+    static void CurrentDate(FILETIME* ft) noexcept;
+
+    // Returns 1 and changes nothing, deliberately: the fraction of a second stays in the value. [any]
+    static int StripFileTimeMS(FILETIME* ft) noexcept;
+
+    // The local date and time in the caller's format, which takes year, month, day, hour, minute and second as
+    // integers in that order ("%04d-%02d-%02d %02d:%02d:%02d"). At most 99 units, what is longer is cut. The empty
+    // string for a format that asks for anything but integers. Requires: `ft` is not null. [any]
+    static CTovStringW FileTimeToString(const char16_t* format, const FILETIME* ft) noexcept;
+};
+} // namespace Halyon
