@@ -5,7 +5,6 @@
 #include <limits>
 #include <new>
 
-using Halyon::CFRelease;
 using Halyon::CFStringRef;
 using Halyon::FSRef;
 
@@ -63,6 +62,8 @@ CTovStringW::CTovStringW(std::u16string_view text) noexcept : CTovStringW()
         CopyUnits(m_pText, text.data(), GetLength());
 }
 
+// Equal text pointers are the test for the same block, the string itself included.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 CTovStringW& CTovStringW::operator=(const CTovStringW& src) noexcept
 {
     if (m_pText == src.m_pText)
