@@ -1,0 +1,49 @@
+// `hynhost`, the sample host. Each subcommand stands in a file of its own and adds itself to the command line.
+//
+// Exit status: 0 done; 1 it could not be done, the reason is on standard error; 2 a wrong command line; 130
+// interrupted.
+#include <cstdio>
+#include <exception>
+
+#include <CLI/CLI.hpp>
+
+#include <halyon/framework/HynVersion.h>
+#include <host/ImportCommand.h>
+
+namespace
+{
+int Run(int argc, char** argv)
+{
+    CLI::App app("Keeps a catalogue of media files, through the Halyon database module.", "hynhost");
+    app.set_version_flag("--version", std::string("hynhost ") + HALYON_VERSION_TEXT);
+    app.require_subcommand(1);
+    HynHost::AddImportCommand(app);
+    try
+    {
+        app.parse(argc, argv);
+        return 0;
+    }
+    catch (const CLI::RuntimeError& error) // a subcommand's own exit status
+    {
+        return error.get_exit_code();
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error) == 0 ? 0 : 2; // help and version are 0
+    }
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try
+    {
+        return Run(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        std::fflush(stdout);
+        std::fprintf(stderr, "hynhost: %s\n", error.what());
+        return 1;
+    }
+}
