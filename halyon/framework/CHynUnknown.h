@@ -8,9 +8,15 @@
 //     public:
 //         std::uint32_t AddRef() override { return DefaultAddRef(); }
 //         std::uint32_t Release() override { return DefaultRelease(); }
-//         HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv);
-//         } …the operations of IMyPart… ~CMyPart() override; HynResult DefaultQueryInterface(const HYN_GUID& iid,
-//         void** ppv) override
+//         HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override
+//         {
+//             return DefaultQueryInterface(iid, ppv);
+//         }
+//
+//         // ... the operations of IMyPart ...
+//
+//         ~CMyPart() override;
+//         HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
 //         {
 //             return HynAnswerInterface<&IID_IMyPart, &IID_IHynUnknown>(static_cast<IMyPart*>(this), iid, ppv);
 //         }

@@ -1,0 +1,235 @@
+// The counting base, its counter, the holding pointer and the result codes.
+
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <halyon/framework/CHynAutoPtr.h>
+#include <halyon/framework/CHynUnknown.h>
+#include <halyon/framework/HynIdentifiers.h>
+#include <halyon/framework/HynThreadID.h>
+
+using namespace Halyon;
+
+namespace
+{
+TEST(LockCounter, HandsEachThreadTheCountThatItMade)
+{
+    constexpr std::size_t kThreads = 4;
+    constexpr std::size_t kSteps = 5000;
+    LockCounter<CHynLock> counter;
+    std::vector<std::uint32_t> up(kThreads * kSteps);
+    std::vector<std::uint32_t> down(kThreads * kSteps);
+    const auto run = [&](auto step, std::vector<std::uint32_t>& results)
+    {
+        std::vector<std::thread> threads;
+        for (std::size_t t = 0; t < kThreads; ++t)
+            threads.emplace_back(
+                [&, t] { std::generate_n(results.begin() + static_cast<std::ptrdiff_t>(t * kSteps), kSteps, step); });
+        for (std::thread& thread : threads)
+            thread.join();
+        std::sort(results.begin(), results.end());
+    };
+    run([&] { return counter.increment(); }, up);
+    run([&] { return counter.decrement(); }, down);
+
+    std::vector<std::uint32_t> expected(kThreads * kSteps);
+    std::iota(expected.begin(), expected.end(), 1u);
+    EXPECT_EQ(up, expected);
+    std::iota(expected.begin(), expected.end(), 0u);
+    EXPECT_EQ(down, expected);
+}
+
+// A component with an interface of its own, which tells when it dies.
+class Part : public IHynUnknown, public CHynUnknown
+{
+public:
+    explicit Part(bool& gone) : m_gone(gone) {}
+    std::uint32_t AddRef() override { return DefaultAddRef(); }
+    std::uint32_t Release() override { return DefaultRelease(); }
+    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
+    ~Part() override { m_gone = true; }
+    HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
+    {
+        return HynAnswerInterface<&IID_IHynViewer, &IID_IHynUnknown>(this, iid, ppv);
+    }
+
+private:
+    bool& m_gone;
+};
+
+TEST(CountingBase, StartsAtZeroAndDestroysWithTheLastRelease)
+{
+    bool gone = false;
+    auto* part = new Part(gone);
+    EXPECT_EQ(part->AddRef(), 1u);
+    EXPECT_EQ(part->AddRef(), 2u);
+    EXPECT_EQ(part->Release(), 1u);
+    EXPECT_FALSE(gone);
+    EXPECT_EQ(part->Release(), 0u);
+    EXPECT_TRUE(gone);
+}
+
+TEST(CountingBase, AnswersNoInterfaceByItself)
+{
+    CHynUnknown base;
+    int marker = 0;
+    void* out = &marker;
+    EXPECT_EQ(base.DefaultQueryInterface(IID_IHynUnknown, &out), HYN_E_NOINTERFACE);
+    EXPECT_EQ(base.DefaultQueryInterface(IID_IHynUnknown, nullptr), HYN_E_NOINTERFACE);
+    EXPECT_EQ(out, &marker);
+}
+
+TEST(CountingBase, TestsTheIdentifierBeforeThePointers)
+{
+    bool gone = false;
+    Part part(gone);
+    const auto answer = [](IHynUnknown* self, const HYN_GUID& iid, void** ppv)
+    {
+        return HynAnswerInterface<&IID_IHynViewer, &IID_IHynUnknown>(self, iid, ppv);
+    };
+    void* out = nullptr;
+    EXPECT_EQ(answer(nullptr, IID_IHynBrowser, nullptr), HYN_E_NOINTERFACE);
+    EXPECT_EQ(answer(nullptr, IID_IHynViewer, &out), HYN_E_POINTER);
+    EXPECT_EQ(answer(&part, IID_IHynUnknown, nullptr), HYN_E_POINTER);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(answer(&part, IID_IHynViewer, &out), HYN_S_OK);
+    EXPECT_EQ(out, &part);
+    EXPECT_EQ(part.AddRef(), 2u);
+}
+
+TEST(Identifiers, DifferInAnyByte)
+{
+    HYN_GUID id = IID_IHynUnknown;
+    EXPECT_EQ(id, IID_IHynUnknown);
+    auto* bytes = reinterpret_cast<std::uint8_t*>(&id);
+    for (std::size_t i = 0; i < sizeof id; ++i)
+    {
+        bytes[i] ^= 0x80;
+        EXPECT_NE(id, IID_IHynUnknown) << i;
+        bytes[i] ^= 0x80;
+    }
+}
+
+// Writes each call down, so that the order of calls on several objects shows.
+struct Logged
+{
+    char name;
+    std::string& log;
+    std::uint32_t AddRef()
+    {
+        log += {'+', name};
+        return 0;
+    }
+    std::uint32_t Release()
+    {
+        log += {'-', name};
+        return 0;
+    }
+};
+
+TEST(AutoPtr, ReleasesTheOldBeforeItAddsToTheNew)
+{
+    std::string log;
+    Logged a{'a', log};
+    Logged b{'b', log};
+    const auto step = [&](const char* expected)
+    {
+        EXPECT_EQ(log, expected);
+        log.clear();
+    };
+    {
+        CHynAutoPtr<Logged> sp;
+        sp = nullptr;
+        step("");
+        sp = &a;
+        step("+a");
+        sp = &a;
+        step("");
+        sp = &b;
+        step("-a+b");
+        sp = nullptr;
+        step("-b");
+        EXPECT_EQ(sp, nullptr);
+        sp = &a;
+        log.clear();
+    }
+    step("-a");
+}
+
+TEST(AutoPtr, CountsEachHolderOnce)
+{
+    std::string log;
+    Logged a{'a', log};
+    Logged b{'b', log};
+    const auto step = [&](const char* expected)
+    {
+        EXPECT_EQ(log, expected);
+        log.clear();
+    };
+    {
+        CHynAutoPtr<Logged> first(&a);
+        CHynAutoPtr<Logged> second(first);
+        step("+a+a");
+        CHynAutoPtr<Logged> third(std::move(second));
+        step("");
+        EXPECT_EQ(third->name, 'a');
+        third = std::move(first);
+        step("-a");
+        first = third;
+        step("+a");
+        CHynAutoPtr<Logged>& alias = first;
+        first = alias;
+        step("");
+        first.Attach(&b);
+        step("-a");
+        EXPECT_EQ(first.Detach(), &b);
+        step("");
+        *third.Receive() = &b;
+        step("-a");
+    }
+    step("-b");
+}
+
+TEST(ResultCodes, HaveTheirValuesNamesAndSigns)
+{
+    const struct
+    {
+        std::uint32_t value;
+        const char* name;
+        bool succeeds;
+    } cases[] = {
+        {0x00000000, "HYN_S_OK", true},
+        {0x00000001, "HYN_S_FALSE", true},
+        {0x80000002, "HYN_E_BUFFERTOOSMALL", false},
+        {0x80000008, "HYN_E_FAIL", false},
+        {0x81000001, "HYN_E_NOINTERFACE", false},
+        {0x81000002, "HYN_E_POINTER", false},
+        {0x81040001, "HYN_E_SQSTEP", false},
+        {0x81040002, "HYN_E_SQNULLVALUE", false},
+        {0x80000001, "unknown result", false},
+    };
+    for (const auto& test : cases)
+    {
+        const auto result = static_cast<HynResult>(test.value);
+        EXPECT_STREQ(HynResultName(result), test.name);
+        EXPECT_EQ(HynSucceeded(result), test.succeeds) << test.name;
+        EXPECT_EQ(HynFailed(result), !test.succeeds) << test.name;
+    }
+}
+
+TEST(ThreadIdentity, IsStableAndDistinctBetweenLiveThreads)
+{
+    const std::uint32_t mine = HynGetCurrentThreadID();
+    EXPECT_NE(mine, 0u);
+    EXPECT_EQ(HynGetCurrentThreadID(), mine);
+    std::uint32_t other = 0;
+    std::thread([&] { other = HynGetCurrentThreadID(); }).join();
+    EXPECT_NE(other, 0u);
+    EXPECT_NE(other, mine);
+}
+} // namespace
