@@ -199,19 +199,19 @@ TEST(ResultCodes, HaveTheirValuesNamesAndSigns)
 {
     const struct
     {
-        std::uint32_t value;
         const char* name;
+        std::uint32_t value;
         bool succeeds;
     } cases[] = {
-        {0x00000000, "HYN_S_OK", true},
-        {0x00000001, "HYN_S_FALSE", true},
-        {0x80000002, "HYN_E_BUFFERTOOSMALL", false},
-        {0x80000008, "HYN_E_FAIL", false},
-        {0x81000001, "HYN_E_NOINTERFACE", false},
-        {0x81000002, "HYN_E_POINTER", false},
-        {0x81040001, "HYN_E_SQSTEP", false},
-        {0x81040002, "HYN_E_SQNULLVALUE", false},
-        {0x80000001, "unknown result", false},
+        {"HYN_S_OK", 0x00000000, true},
+        {"HYN_S_FALSE", 0x00000001, true},
+        {"HYN_E_BUFFERTOOSMALL", 0x80000002, false},
+        {"HYN_E_FAIL", 0x80000008, false},
+        {"HYN_E_NOINTERFACE", 0x81000001, false},
+        {"HYN_E_POINTER", 0x81000002, false},
+        {"HYN_E_SQSTEP", 0x81040001, false},
+        {"HYN_E_SQNULLVALUE", 0x81040002, false},
+        {"unknown result", 0x80000001, false},
     };
     for (const auto& test : cases)
     {
