@@ -2,50 +2,161 @@
 
 #include <halyon/platform/TovPCMac.h>
 
-#include <climits>
+#include <array>
+#include <bit>
+#include <cstring>
 
-#include <unicode/ustring.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+#include <halyon/platform/linux/TextStep.h>
+
+using Halyon::ByteStep;
+using Halyon::FirstLane;
+using Halyon::kStepUnits;
+using Halyon::LaneBits;
+using Halyon::LaneStep;
+using Halyon::LoadStep;
+using Halyon::LoadUnit;
+using Halyon::TextStep;
 
 namespace
 {
-constexpr UChar32 kReplacement = 0xFFFD;
+constexpr char32_t kReplacement = 0xFFFD;
 
-std::size_t SizeFrom(std::int32_t needed, UErrorCode status) noexcept
+// The code point at `text[i]`; an unpaired surrogate is U+FFFD. Moves `i` past it.
+char32_t NextCodePoint(const char16_t* text, std::size_t& i, std::size_t length) noexcept
 {
-    return U_SUCCESS(status) || status == U_BUFFER_OVERFLOW_ERROR ? static_cast<std::size_t>(needed) : 0;
+    const char32_t unit = LoadUnit(text + i++);
+    if (!U16_IS_SURROGATE(unit))
+        return unit;
+    if (U16_IS_SURROGATE_LEAD(unit) && i < length && U16_IS_TRAIL(LoadUnit(text + i)))
+        return static_cast<char32_t>(U16_GET_SUPPLEMENTARY(unit, LoadUnit(text + i++)));
+    return kReplacement;
+}
+
+// Writes the ASCII units from `text[i]` on. A step is stored whole, also when only its first lanes are ASCII: each unit
+// takes at least one byte, so the room for it is there, and what follows is written over it.
+void WriteASCII(const char16_t* text, std::size_t& i, std::size_t length, std::uint8_t*& out) noexcept
+{
+    while (i + kStepUnits <= length)
+    {
+        const TextStep units = LoadStep(text + i);
+        const ByteStep bytes = __builtin_convertvector(units, ByteStep);
+        std::memcpy(out, &bytes, sizeof bytes);
+        const std::size_t ascii = FirstLane(LaneBits(units >= 0x80) | (1u << (2 * kStepUnits)));
+        i += ascii;
+        out += ascii;
+        if (ascii != kStepUnits)
+            return;
+    }
+    for (char16_t unit = 0; i < length && (unit = LoadUnit(text + i)) < 0x80; ++i)
+        *out++ = static_cast<std::uint8_t>(unit);
+}
+
+// Returns the end of what it wrote.
+std::uint8_t* WriteUTF8(const char16_t* text, std::size_t length, std::uint8_t* out) noexcept
+{
+    for (std::size_t i = 0; i < length;)
+    {
+        WriteASCII(text, i, length, out);
+        while (i < length && LoadUnit(text + i) >= 0x80)
+        {
+            const char32_t c = NextCodePoint(text, i, length);
+            std::size_t n = 0;
+            U8_APPEND_UNSAFE(out, n, c);
+            out += n;
+        }
+    }
+    return out;
+}
+
+// Bytes beyond the first that the units of a step take together. Requires: no surrogates.
+std::size_t ExtraBytes(TextStep units) noexcept
+{
+    const LaneStep extra = -((units >= 0x80) + (units >= 0x800));
+    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(extra);
+    constexpr std::uint64_t kSumLanes = 0x0001000100010001;
+    return static_cast<std::size_t>(((halves[0] + halves[1]) * kSumLanes) >> 48);
+}
+
+std::size_t SizeAsUTF8(const char16_t* text, std::size_t length) noexcept
+{
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < length;)
+    {
+        if (i + kStepUnits <= length)
+        {
+            const TextStep units = LoadStep(text + i);
+            if (LaneBits((units & 0xF800) == 0xD800) == 0)
+            {
+                size += kStepUnits + ExtraBytes(units);
+                i += kStepUnits;
+                continue;
+            }
+        }
+        const char32_t c = NextCodePoint(text, i, length);
+        size += static_cast<std::size_t>(U8_LENGTH(c));
+    }
+    return size;
+}
+
+// Counts the units of the text, and writes them where there is something to write to.
+template <bool kWrite>
+std::size_t ReadUTF8(const std::uint8_t* text, std::size_t length, char16_t* out) noexcept
+{
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < length;)
+    {
+        std::uint64_t eight = 0x80;
+        if (i + sizeof eight <= length)
+            std::memcpy(&eight, text + i, sizeof eight);
+        if ((eight & 0x8080808080808080) == 0)
+        {
+            if constexpr (kWrite)
+            {
+                const TextStep units = __builtin_convertvector(std::bit_cast<ByteStep>(eight), TextStep);
+                std::memcpy(out + count, &units, sizeof units);
+            }
+            count += kStepUnits;
+            i += kStepUnits;
+            continue;
+        }
+        do
+        {
+            char32_t c = 0;
+            U8_NEXT_OR_FFFD(text, i, length, c);
+            if constexpr (kWrite)
+                U16_APPEND_UNSAFE(out, count, c);
+            else
+                count += static_cast<std::size_t>(U16_LENGTH(c));
+        } while (i < length && text[i] >= 0x80);
+    }
+    return count;
 }
 } // namespace
 
 std::size_t TovTextToUTF8(const char16_t* text, std::size_t uLength, char* buffer, std::size_t uSize) noexcept
 {
-    if (uLength > INT32_MAX / 3)
-        return 0;
-    std::int32_t needed = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strToUTF8WithSub(nullptr, 0, &needed, text, static_cast<std::int32_t>(uLength), kReplacement, nullptr, &status);
-    const std::size_t size = SizeFrom(needed, status);
-    if (size != 0 && size <= uSize)
+    // A unit never takes more than three bytes: with that much room there is nothing to measure.
+    if (uLength > uSize / 3)
     {
-        status = U_ZERO_ERROR;
-        u_strToUTF8WithSub(buffer, needed, nullptr, text, static_cast<std::int32_t>(uLength), kReplacement, nullptr,
-                           &status);
+        const std::size_t size = SizeAsUTF8(text, uLength);
+        if (size > uSize)
+            return size;
     }
-    return size;
+    auto* out = reinterpret_cast<std::uint8_t*>(buffer);
+    return static_cast<std::size_t>(WriteUTF8(text, uLength, out) - out);
 }
 
 std::size_t TovTextFromUTF8(const char* text, std::size_t uBytes, char16_t* buffer, std::size_t uSize) noexcept
 {
-    if (uBytes > INT32_MAX)
-        return 0;
-    std::int32_t needed = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(nullptr, 0, &needed, text, static_cast<std::int32_t>(uBytes), kReplacement, nullptr, &status);
-    const std::size_t size = SizeFrom(needed, status);
-    if (size != 0 && size <= uSize)
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text);
+    if (uBytes > uSize)
     {
-        status = U_ZERO_ERROR;
-        u_strFromUTF8WithSub(buffer, needed, nullptr, text, static_cast<std::int32_t>(uBytes), kReplacement, nullptr,
-                             &status);
+        const std::size_t count = ReadUTF8<false>(bytes, uBytes, nullptr);
+        if (count > uSize)
+            return count;
     }
-    return size;
+    return ReadUTF8<true>(bytes, uBytes, buffer);
 }
