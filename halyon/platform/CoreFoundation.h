@@ -41,12 +41,14 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const char16_
 // Length in units. 0 for null. [any]
 CFIndex CFStringGetLength(CFStringRef string) noexcept;
 
-// Copies the units of `range`, without a terminator. A part of the range that lies outside the text is left out. [any]
+// Copies the units of `range`, without a terminator. A range that runs beyond the end is cut there; one that starts
+// outside the text, and a null text, copy nothing. [any]
 void CFStringGetCharacters(CFStringRef string, CFRange range, char16_t* pBuffer) noexcept;
 
 // Writes the text in `encoding` (UTF-8 is the only one) with a terminator; returns 1, or 0 when it does not fit into
-// `nSize` bytes. Then the buffer holds the empty text (if it has room for a terminator), so that a cut path never names
-// another item. An unpaired surrogate becomes U+FFFD. [any]
+// `nSize` bytes, when it has a zero unit, which would end it early, and for null and for other encodings. Then the
+// buffer holds the empty text (if it has room for a terminator), so that a cut path never names another item. An
+// unpaired surrogate becomes U+FFFD. [any]
 Boolean CFStringGetCString(CFStringRef string, char* pBuffer, CFIndex nSize, CFStringEncoding encoding) noexcept;
 
 // Takes a reference; returns its argument, which may not be null. [any]

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <new>
 
 #include <halyon/platform/TovPCMac.h>
@@ -18,38 +17,41 @@ struct CFObject
     void (*destroy)(CFObject*) noexcept = nullptr;
 };
 
+// The characters and a terminator follow it in the same allocation.
 struct __CFString : CFObject
 {
     CFIndex nLength = 0;
-    std::unique_ptr<char16_t[]> spCharacters;
+
+    [[nodiscard]] const char16_t* Characters() const noexcept { return reinterpret_cast<const char16_t*>(this + 1); }
 };
 
 namespace
 {
+constexpr CFIndex kMaxLength = PTRDIFF_MAX / CFIndex{sizeof(char16_t)} - CFIndex{sizeof(__CFString)};
+
 void DestroyString(CFObject* object) noexcept
 {
-    delete static_cast<__CFString*>(object);
+    ::operator delete(object);
 }
 } // namespace
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef /*allocator*/, const char16_t* pCharacters,
                                          CFIndex nLength) noexcept
 {
-    if (nLength < 0 || (pCharacters == nullptr && nLength != 0))
+    if (nLength < 0 || nLength > kMaxLength || (pCharacters == nullptr && nLength != 0))
         return nullptr;
-    auto spString = std::unique_ptr<__CFString>(new (std::nothrow) __CFString);
-    if (spString == nullptr)
+    const std::size_t bytes = static_cast<std::size_t>(nLength) * sizeof(char16_t);
+    void* memory = ::operator new(sizeof(__CFString) + bytes + sizeof(char16_t), std::nothrow);
+    if (memory == nullptr)
         return nullptr;
-    const auto length = static_cast<std::size_t>(nLength);
-    spString->spCharacters.reset(new (std::nothrow) char16_t[length + 1]);
-    if (spString->spCharacters == nullptr)
-        return nullptr;
-    if (length != 0)
-        std::memcpy(spString->spCharacters.get(), pCharacters, length * sizeof(char16_t));
-    spString->spCharacters[length] = 0;
-    spString->nLength = nLength;
-    spString->destroy = DestroyString;
-    return spString.release();
+    auto* string = new (memory) __CFString;
+    string->nLength = nLength;
+    string->destroy = DestroyString;
+    auto* characters = reinterpret_cast<char16_t*>(string + 1);
+    if (bytes != 0)
+        std::memcpy(characters, pCharacters, bytes);
+    characters[nLength] = 0;
+    return string;
 }
 
 CFIndex CFStringGetLength(CFStringRef string) noexcept
@@ -62,8 +64,7 @@ void CFStringGetCharacters(CFStringRef string, CFRange range, char16_t* pBuffer)
     if (string == nullptr || range.location < 0 || range.location >= string->nLength || range.length <= 0)
         return;
     const CFIndex count = std::min(range.length, string->nLength - range.location);
-    std::memcpy(pBuffer, string->spCharacters.get() + range.location,
-                static_cast<std::size_t>(count) * sizeof(char16_t));
+    std::memcpy(pBuffer, string->Characters() + range.location, static_cast<std::size_t>(count) * sizeof(char16_t));
 }
 
 Boolean CFStringGetCString(CFStringRef string, char* pBuffer, CFIndex nSize, CFStringEncoding encoding) noexcept
@@ -73,9 +74,11 @@ Boolean CFStringGetCString(CFStringRef string, char* pBuffer, CFIndex nSize, CFS
     pBuffer[0] = 0;
     if (string == nullptr || encoding != kCFStringEncodingUTF8)
         return 0;
+    const auto length = static_cast<std::size_t>(string->nLength);
+    if (tov_wcslen(string->Characters()) != length)
+        return 0;
     const auto room = static_cast<std::size_t>(nSize - 1);
-    const std::size_t size =
-        TovTextToUTF8(string->spCharacters.get(), static_cast<std::size_t>(string->nLength), pBuffer, room);
+    const std::size_t size = TovTextToUTF8(string->Characters(), length, pBuffer, room);
     if (size > room)
         return 0;
     pBuffer[size] = 0;
