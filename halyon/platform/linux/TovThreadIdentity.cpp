@@ -2,34 +2,48 @@
 
 #include <halyon/platform/TovPCMac.h>
 
+#include "ThreadIdentity.h"
+
 #include <pthread.h>
 #include <unistd.h>
+
+using Halyon::Linux::t_threadID;
 
 namespace
 {
 std::atomic<std::uint32_t> g_forkCount{0};
 
-// The kernel's identifier, and the fork count it was asked under; a forked child asks anew.
-struct CachedIdentity
+// The forking thread is the only one that lives on in the child, so forgetting its identifier is enough.
+void ForgetParent() noexcept
 {
-    std::uint32_t uThreadID;
-    std::uint32_t uForkCount;
-};
-thread_local CachedIdentity t_identity{0, 0};
+    t_threadID = 0;
+    g_forkCount.fetch_add(1, std::memory_order_relaxed);
+}
 
-const int g_forkHandlerStatus =
-    pthread_atfork(nullptr, nullptr, [] { g_forkCount.fetch_add(1, std::memory_order_relaxed); });
+// The C library drops the handler when the module that holds this code is unloaded. Registering fails when there is no
+// memory; nothing is remembered then.
+const bool g_noForkHandler = pthread_atfork(nullptr, nullptr, ForgetParent) != 0;
 } // namespace
+
+namespace Halyon::Linux
+{
+constinit thread_local std::uint32_t t_threadID = 0;
+
+std::uint32_t AskThreadID() noexcept
+{
+    const auto threadID = static_cast<std::uint32_t>(gettid());
+    if (!g_noForkHandler)
+        t_threadID = threadID;
+    return threadID;
+}
+} // namespace Halyon::Linux
 
 std::uint32_t GetCurrentTovThreadID() noexcept
 {
-    const std::uint32_t forkCount = TovGetForkCount();
-    if (t_identity.uThreadID == 0 || t_identity.uForkCount != forkCount)
-        t_identity = {static_cast<std::uint32_t>(gettid()), forkCount};
-    return t_identity.uThreadID;
+    return Halyon::Linux::ThreadID();
 }
 
 std::uint32_t TovGetForkCount() noexcept
 {
-    return g_forkCount.load(std::memory_order_relaxed);
+    return g_noForkHandler ? static_cast<std::uint32_t>(getpid()) : g_forkCount.load(std::memory_order_relaxed);
 }
