@@ -17,7 +17,7 @@
 // ---------------------------------------------------------------------------------------------------------------------
 
 // One critical section, wholly inside its pointer-wide handle: making one takes no memory and cannot fail. It must not
-// move while it is in use.
+// move while it is in use. In a child made by `fork`, a section that a thread was inside of stays closed.
 struct alignas(void*) TovCriticalSection
 {
     std::uint32_t uOwner; // identifier of the thread inside, with the top bit set when others wait; 0 when free
@@ -53,8 +53,9 @@ inline constexpr std::int32_t kTovForever = -1;
 // signalled from the start. Returns 0 when there is no memory. The caller closes it. [any]
 [[nodiscard]] TovEventRef TovCreateEvent(int bManualReset, int bInitialState) noexcept;
 
-// Signals the event: one waiting thread, or the next that waits, goes on. Signals do not add up. On a closed event or
-// 0 nothing happens. Returns 0, or non-zero when there is no such event. [any]
+// Signals the event: one waiting thread goes on; when none waits, the next that does. Each signal lets exactly one wait
+// end, but at most one is kept while nobody waits. What the caller did before is seen by the thread that goes on. On a
+// closed event or 0 nothing happens. Returns 0, or non-zero when there is no such event. [any]
 int TovSetEvent(TovEventRef event) noexcept;
 
 // Waits, asleep, for the signal and takes it; at most `nMilliseconds`, or without limit for kTovForever. Returns 0 when
@@ -74,13 +75,15 @@ using TovThreadRef = std::uintptr_t;
 using TovThreadProc = std::uint32_t (*)(void* pArgument);
 
 // Starts `proc(pArgument)` on a new thread. `nFlags` must be 0; `uStackSize` is in bytes, 0 for the system's usual
-// size. Returns 0 when no thread could be made. The caller closes the reference; the thread runs on regardless. [any]
+// size, which is also taken when the system refuses this one. Returns 0 when no thread could be made. The caller closes
+// the reference; the thread runs on regardless. [any]
 [[nodiscard]] TovThreadRef TovCreateThread(TovThreadProc proc, void* pArgument, int nFlags,
                                            std::uint32_t uStackSize) noexcept;
 
 // Waits, asleep, for the thread to end; at most `nMilliseconds`, or without limit for kTovForever. Returns 0 when it
-// has ended, non-zero when the time ran out or there is no such thread. Closing the reference does not disturb a wait
-// that has begun. [any]
+// has ended, non-zero when the time ran out or there is no such thread (a child made by `fork` has none of its
+// parent's). Closing the reference does not disturb a wait that has begun. After a wait that returned 0 nothing of the
+// thread runs any more: its thread-local objects are gone, and the module that holds its code may be unloaded. [any]
 int TovWaitThread(TovThreadRef thread, std::int32_t nMilliseconds) noexcept;
 
 // Gives the reference back; the thread itself is not touched. On 0 and on a reference closed before nothing happens.
@@ -88,7 +91,8 @@ int TovWaitThread(TovThreadRef thread, std::int32_t nMilliseconds) noexcept;
 void TovCloseThreadRef(TovThreadRef thread) noexcept;
 
 // Sets the thread's priority relative to the process's usual one: 0 is usual, lower is more patient. Returns 0, or
-// non-zero when the system refuses. [any]
+// non-zero when there is no such thread or the system refuses: it may let only a privileged process take patience back.
+// [any]
 int TovSetThreadPriority(TovThreadRef thread, int nPriority) noexcept;
 
 // The calling thread's identifier: the kernel's, so it is what the system's own tools show. Never 0. Cheap enough to

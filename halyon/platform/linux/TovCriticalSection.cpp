@@ -36,7 +36,7 @@ void EnterContended(std::atomic_ref<std::uint32_t> owner, const std::uint32_t* w
         }
         const std::uint32_t marked = seen | kHasWaiters;
         if (seen == marked || owner.compare_exchange_weak(seen, marked, std::memory_order_relaxed))
-            FutexWait(word, marked, nullptr);
+            FutexWait(word, marked, Halyon::Linux::Deadline(kTovForever));
     }
 }
 } // namespace

@@ -1,4 +1,8 @@
-// Events: generation and signal in one word that the kernel can wait on.
+// Events: signals, waiters and generation in one word, so that no step can come between looking and changing.
+//
+// The signals of an open event are those that were given to a waiter that has not woken yet, and at most one that is
+// kept for the next wait. So each signal that finds a waiter lets exactly one wait end, also when several signals
+// follow each other before any waiter runs.
 
 #include <halyon/platform/TovPCMac.h>
 
@@ -10,50 +14,47 @@
 using Halyon::Linux::Deadline;
 using Halyon::Linux::FutexWait;
 using Halyon::Linux::FutexWake;
+using Halyon::Linux::HandleSlot;
 using Halyon::Linux::HandleTable;
+namespace SlotState = Halyon::Linux::SlotState;
 
 namespace
 {
-struct EventSlot
-{
-    // The low bit is the signal, the rest the generation, which closing raises. Odd generations are in use.
-    std::uint32_t word = 0;
-    std::atomic<std::uint32_t> waiters{0};
-    std::uint32_t nextFree = 0;
-};
+using EventTable = HandleTable<HandleSlot>;
 
-constexpr std::uint32_t kSignal = 1;
-constexpr std::uint32_t kGenerationStep = 2;
-constexpr std::uint32_t kDeadHandlePauseMilliseconds = 10;
+constinit EventTable g_events;
 
-HandleTable<EventSlot>& Slots() noexcept
+constexpr std::uint32_t kNoEventPauseMilliseconds = 10;
+
+int FailNoEvent() noexcept
 {
-    static HandleTable<EventSlot> slots;
-    return slots;
+    TovSleep(kNoEventPauseMilliseconds);
+    return 1;
 }
 
-// A handle: the slot's number plus 1 below, the generation above.
-struct Handle
+// The wait of a thread that is counted among the slot's users: the slot stays this event's until it leaves.
+int WaitCounted(HandleSlot& slot, TovEventRef event, const Deadline& deadline) noexcept
 {
-    EventSlot* slot = nullptr;
-    std::uint32_t index = 0;
-    std::uint32_t generation = 0; // with the signal bit 0
-};
-
-constexpr unsigned kIndexBits = sizeof(TovEventRef) == 8 ? 32 : 20;
-
-Handle Resolve(TovEventRef event) noexcept
-{
-    if (event == 0)
-        return {};
-    const auto index = static_cast<std::uint32_t>(event & ((TovEventRef{1} << kIndexBits) - 1)) - 1;
-    const auto generation = static_cast<std::uint32_t>(event >> kIndexBits) * kGenerationStep;
-    return {Slots().Find(index), index, generation};
-}
-
-bool IsCurrent(const Handle& handle, std::uint32_t word) noexcept
-{
-    return (word & ~kSignal) == handle.generation;
+    bool hasTime = true;
+    for (;;)
+    {
+        std::uint64_t seen = slot.state.load(std::memory_order_acquire);
+        if (!EventTable::IsCurrent(event, seen))
+        {
+            if (g_events.Unpin(slot))
+                g_events.Free(slot);
+            return 1;
+        }
+        const bool signalled = SlotState::Signals(seen) != 0;
+        if (!signalled && hasTime)
+        {
+            hasTime = FutexWait(slot.FutexWord(), static_cast<std::uint32_t>(seen), deadline);
+            continue;
+        }
+        const std::uint64_t next = seen - SlotState::kUse - (signalled ? SlotState::kSignal : 0);
+        if (slot.state.compare_exchange_weak(seen, next, std::memory_order_acq_rel))
+            return signalled ? 0 : 1;
+    }
 }
 } // namespace
 
@@ -61,81 +62,61 @@ TovEventRef TovCreateEvent(int bManualReset, int bInitialState) noexcept
 {
     if (bManualReset != 0)
         return 0;
-    const std::uint32_t index = Slots().Acquire();
-    if (index == HandleTable<EventSlot>::kNone)
-        return 0;
-    const std::atomic_ref word(Slots().Find(index)->word);
-    const std::uint32_t generation = word.load(std::memory_order_relaxed) & ~kSignal;
-    if (bInitialState != 0)
-        word.fetch_or(kSignal, std::memory_order_release);
-    return (static_cast<TovEventRef>(generation / kGenerationStep) << kIndexBits) | (TovEventRef{index} + 1);
+    HandleSlot* slot = g_events.Acquire();
+    return slot != nullptr ? g_events.Open(*slot, bInitialState != 0 ? 1 : 0, 0) : 0;
 }
 
 int TovSetEvent(TovEventRef event) noexcept
 {
-    const Handle handle = Resolve(event);
-    if (handle.slot == nullptr)
+    HandleSlot* slot = g_events.Find(event);
+    if (slot == nullptr)
         return 1;
-    const std::atomic_ref word(handle.slot->word);
-    std::uint32_t seen = word.load(std::memory_order_relaxed);
+    std::uint64_t seen = slot->state.load(std::memory_order_relaxed);
+    std::uint64_t next = 0;
     do
     {
-        if (!IsCurrent(handle, seen))
+        if (!EventTable::IsCurrent(event, seen))
             return 1;
-    } while (!word.compare_exchange_weak(seen, seen | kSignal));
-    if (handle.slot->waiters.load() != 0)
-        FutexWake(&handle.slot->word, 1);
+        // A signal that is merged with one before it is written all the same: the thread that takes it must see what
+        // its sender did first.
+        next = SlotState::Signals(seen) <= SlotState::Uses(seen) ? seen + SlotState::kSignal : seen;
+    } while (!slot->state.compare_exchange_weak(seen, next, std::memory_order_acq_rel, std::memory_order_relaxed));
+    if (SlotState::Signals(seen) < SlotState::Uses(seen))
+        FutexWake(slot->FutexWord(), 1);
     return 0;
 }
 
 int TovWaitEvent(TovEventRef event, std::int32_t nMilliseconds) noexcept
 {
-    const Handle handle = Resolve(event);
-    Deadline deadline(nMilliseconds);
-    bool waited = false;
-    while (handle.slot != nullptr)
+    HandleSlot* slot = g_events.Find(event);
+    if (slot == nullptr)
+        return FailNoEvent();
+    std::uint64_t seen = slot->state.load(std::memory_order_relaxed);
+    for (;;)
     {
-        const std::atomic_ref word(handle.slot->word);
-        std::uint32_t seen = word.load(std::memory_order_acquire);
-        if (!IsCurrent(handle, seen))
-        {
-            if (waited)
-                return 1;
-            break;
-        }
-        if ((seen & kSignal) != 0)
-        {
-            if (word.compare_exchange_weak(seen, handle.generation, std::memory_order_acquire))
-                return 0;
-            continue;
-        }
-        if (deadline.HasPassed())
+        if (!EventTable::IsCurrent(event, seen))
+            return FailNoEvent();
+        const bool signalled = SlotState::Signals(seen) != 0;
+        if (!signalled && nMilliseconds == 0)
             return 1;
-        waited = true;
-        handle.slot->waiters.fetch_add(1);
-        FutexWait(&handle.slot->word, handle.generation, deadline.Left());
-        handle.slot->waiters.fetch_sub(1);
+        const std::uint64_t next = signalled ? seen - SlotState::kSignal : seen + SlotState::kUse;
+        if (slot->state.compare_exchange_weak(seen, next, std::memory_order_acq_rel, std::memory_order_relaxed))
+            return signalled ? 0 : WaitCounted(*slot, event, Deadline(nMilliseconds));
     }
-    TovSleep(kDeadHandlePauseMilliseconds);
-    return 1;
 }
 
 void TovCloseEvent(TovEventRef event) noexcept
 {
-    const Handle handle = Resolve(event);
-    if (handle.slot == nullptr)
-        return;
-    const std::atomic_ref word(handle.slot->word);
-    std::uint32_t seen = word.load(std::memory_order_relaxed);
-    std::uint32_t next = 0;
-    do
+    HandleSlot* slot = g_events.Find(event);
+    switch (g_events.Close(event))
     {
-        if (!IsCurrent(handle, seen))
-            return;
-        next = handle.generation + kGenerationStep;
-        if constexpr (kIndexBits < 32)
-            next &= (std::uint32_t{1} << (33 - kIndexBits)) - 1;
-    } while (!word.compare_exchange_weak(seen, next));
-    FutexWake(&handle.slot->word, INT_MAX);
-    Slots().Free(handle.index);
+    case EventTable::Closing::NotOpen:
+        break;
+    case EventTable::Closing::InUse:
+        FutexWake(slot->FutexWord(), INT_MAX);
+        break;
+    case EventTable::Closing::Unused:
+        g_events.Free(*slot);
+        break;
+    }
 }

@@ -1,0 +1,248 @@
+// Events: one wait a signal, nothing lost, and handles that are safe after their event is gone.
+
+#include <array>
+#include <chrono>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <halyon/platform/TovPCMac.h>
+#include <halyon/platform/linux/TovHandleTable.h>
+
+#include "tests/support/Asleep.h"
+
+using HalyonTest::UntilAsleep;
+
+namespace
+{
+// Threads that each wait once, and what came of it.
+class Waiters
+{
+public:
+    Waiters(TovEventRef event, std::size_t count) : m_ids(count)
+    {
+        for (std::atomic<std::uint32_t>& id : m_ids)
+        {
+            m_threads.emplace_back(
+                [this, event, &id]
+                {
+                    id = GetCurrentTovThreadID();
+                    ++(TovWaitEvent(event, kTovForever) == 0 ? m_signalled : m_failed);
+                });
+        }
+        for (const std::atomic<std::uint32_t>& id : m_ids)
+            UntilAsleep(id);
+    }
+
+    void UntilAllReturned() { m_threads.clear(); }
+    [[nodiscard]] int Signalled() const { return m_signalled; }
+    [[nodiscard]] int Failed() const { return m_failed; }
+
+private:
+    std::vector<std::atomic<std::uint32_t>> m_ids;
+    std::atomic<int> m_signalled{0};
+    std::atomic<int> m_failed{0};
+    std::vector<std::jthread> m_threads;
+};
+
+std::atomic<std::uint64_t> g_sleptMicroseconds{0};
+
+// Sleeps are counted, not slept.
+class CountedSleep
+{
+public:
+    CountedSleep() : m_before(TovSetSleepProc([](std::uint64_t microseconds) { g_sleptMicroseconds += microseconds; }))
+    {
+        g_sleptMicroseconds = 0;
+    }
+    ~CountedSleep() { TovSetSleepProc(m_before); }
+    CountedSleep(const CountedSleep&) = delete;
+    CountedSleep& operator=(const CountedSleep&) = delete;
+
+private:
+    TovSleepProc m_before;
+};
+
+TEST(Event, EachSignalEndsOneWait)
+{
+    const TovEventRef event = TovCreateEvent(0, 0);
+    Waiters waiters(event, 8);
+    // One after the other, without giving a waiter the time to run.
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(TovSetEvent(event), 0);
+    while (waiters.Signalled() < 3)
+        std::this_thread::yield();
+    TovCloseEvent(event);
+    waiters.UntilAllReturned();
+    EXPECT_EQ(waiters.Signalled(), 3);
+    EXPECT_EQ(waiters.Failed(), 5);
+}
+
+TEST(Event, ASignalWithoutAWaiterIsKeptOnce)
+{
+    const TovEventRef event = TovCreateEvent(0, 1);
+    EXPECT_EQ(TovWaitEvent(event, 0), 0);
+    EXPECT_NE(TovWaitEvent(event, 0), 0);
+    // A wait that has given up is no waiter any more.
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_NE(TovWaitEvent(event, 2), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2));
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(TovSetEvent(event), 0);
+    EXPECT_EQ(TovWaitEvent(event, kTovForever), 0);
+    EXPECT_NE(TovWaitEvent(event, 0), 0);
+    TovCloseEvent(event);
+    EXPECT_EQ(TovCreateEvent(1, 0), 0u);
+}
+
+TEST(Event, ClosingEndsEveryWaitWithoutASignal)
+{
+    const TovEventRef event = TovCreateEvent(0, 0);
+    Waiters waiters(event, 8);
+    TovCloseEvent(event);
+    waiters.UntilAllReturned();
+    EXPECT_EQ(waiters.Signalled(), 0);
+    EXPECT_EQ(waiters.Failed(), 8);
+}
+
+TEST(Event, HandlesOfNoEventFailAndLeaveOtherEventsAlone)
+{
+    const CountedSleep sleep;
+    const TovEventRef stale = TovCreateEvent(0, 1);
+    TovCloseEvent(stale);
+    // The place of the closed event is in use again, by an event that is signalled.
+    const TovEventRef event = TovCreateEvent(0, 1);
+    EXPECT_NE(event, stale);
+    for (const TovEventRef none : {TovEventRef{0}, stale, ~TovEventRef{0}})
+    {
+        const std::uint64_t slept = g_sleptMicroseconds;
+        EXPECT_NE(TovWaitEvent(none, kTovForever), 0) << none;
+        EXPECT_GT(g_sleptMicroseconds, slept) << "a loop around the wait would spin";
+        EXPECT_NE(TovSetEvent(none), 0) << none;
+        TovCloseEvent(none);
+    }
+    EXPECT_EQ(TovWaitEvent(event, 0), 0);
+    TovSetEvent(stale);
+    EXPECT_NE(TovWaitEvent(event, 0), 0);
+    TovCloseEvent(event);
+}
+
+TEST(Event, NoSignalIsLostBetweenThreads)
+{
+    constexpr int kRounds = 10'000;
+    const TovEventRef ping = TovCreateEvent(0, 0);
+    const TovEventRef pong = TovCreateEvent(0, 0);
+    int ball = 0; // handed over by the events alone
+    std::jthread other(
+        [&]
+        {
+            for (int round = 0; round < kRounds; ++round)
+            {
+                ASSERT_EQ(TovWaitEvent(ping, kTovForever), 0);
+                ++ball;
+                ASSERT_EQ(TovSetEvent(pong), 0);
+            }
+        });
+    for (int round = 0; round < kRounds; ++round)
+    {
+        ++ball;
+        ASSERT_EQ(TovSetEvent(ping), 0);
+        ASSERT_EQ(TovWaitEvent(pong, kTovForever), 0);
+    }
+    EXPECT_EQ(ball, 2 * kRounds);
+    other.join();
+    TovCloseEvent(ping);
+    TovCloseEvent(pong);
+}
+
+// Senders put work down and signal only afterwards; the one receiver takes all there is at each signal.
+TEST(Event, AMergedSignalShowsItsWorkToo)
+{
+    constexpr int kSenders = 3;
+    constexpr int kRounds = 20'000;
+    const TovEventRef event = TovCreateEvent(0, 0);
+    std::array<std::atomic<int>, kSenders> work{};
+    std::vector<std::jthread> senders;
+    senders.reserve(kSenders);
+    for (std::atomic<int>& mine : work)
+    {
+        senders.emplace_back(
+            [&mine, event]
+            {
+                for (int round = 0; round < kRounds; ++round)
+                {
+                    mine.fetch_add(1, std::memory_order_relaxed);
+                    TovSetEvent(event);
+                }
+            });
+    }
+    int taken = 0;
+    while (taken < kSenders * kRounds)
+    {
+        ASSERT_EQ(TovWaitEvent(event, kTovForever), 0);
+        for (std::atomic<int>& place : work)
+            taken += place.exchange(0, std::memory_order_relaxed);
+    }
+    senders.clear();
+    TovCloseEvent(event);
+}
+
+TEST(Event, WaitsAndSignalsMayRaceWithTheClosing)
+{
+    constexpr int kRounds = 300;
+    std::atomic<TovEventRef> shared{TovCreateEvent(0, 0)};
+    std::atomic<bool> done{false};
+    std::atomic<int> sent{0};
+    std::atomic<int> received{0};
+    const CountedSleep sleep;
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 2; ++i)
+    {
+        threads.emplace_back(
+            [&]
+            {
+                while (!done)
+                    sent += TovSetEvent(shared) == 0 ? 1 : 0;
+            });
+        threads.emplace_back(
+            [&]
+            {
+                while (!done)
+                    received += TovWaitEvent(shared, kTovForever) == 0 ? 1 : 0;
+            });
+    }
+    for (int round = 0; round < kRounds; ++round)
+    {
+        const int before = received;
+        while (received == before)
+            std::this_thread::yield();
+        TovCloseEvent(shared.exchange(TovCreateEvent(0, 0)));
+    }
+    done = true;
+    TovCloseEvent(shared);
+    threads.clear();
+    EXPECT_LE(received, sent);
+}
+
+TEST(HandleTable, NoHandleComesTwice)
+{
+    using Table = Halyon::Linux::HandleTable<Halyon::Linux::HandleSlot, 2, 4>;
+    static constinit Table table;
+    std::set<Table::Handle> handles;
+    while (Halyon::Linux::HandleSlot* slot = table.Acquire())
+    {
+        const Table::Handle handle = table.Open(*slot, 0, 0);
+        EXPECT_TRUE(handles.insert(handle).second);
+        ASSERT_EQ(table.Pin(handle), slot);
+        ASSERT_EQ(table.Close(handle), Table::Closing::InUse);
+        EXPECT_EQ(table.Pin(handle), nullptr);
+        EXPECT_EQ(table.Close(handle), Table::Closing::NotOpen);
+        ASSERT_TRUE(table.Unpin(*slot));
+        table.Free(*slot);
+    }
+    // Two slots with the odd generations that four bits hold, less the last.
+    EXPECT_EQ(handles.size(), 14u);
+}
+} // namespace

@@ -1,0 +1,275 @@
+// Threads, their identity, and sleep.
+
+#include <array>
+#include <chrono>
+#include <latch>
+#include <set>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include <halyon/platform/TovPCMac.h>
+
+#include "tests/support/Asleep.h"
+
+#include <pthread.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using HalyonTest::UntilAsleep;
+
+namespace
+{
+// A thread that runs until the gate is opened.
+struct Gated
+{
+    std::latch gate{1};
+    std::atomic<std::uint32_t> threadID{0};
+    TovThreadRef thread = TovCreateThread(
+        [](void* argument) -> std::uint32_t
+        {
+            auto& self = *static_cast<Gated*>(argument);
+            self.threadID = GetCurrentTovThreadID();
+            self.gate.wait();
+            return 0;
+        },
+        this, 0, 0);
+
+    void UntilRunning() const
+    {
+        while (threadID == 0)
+            std::this_thread::yield();
+    }
+
+    void Finish()
+    {
+        gate.count_down();
+        EXPECT_EQ(TovWaitThread(thread, kTovForever), 0);
+        TovCloseThreadRef(thread);
+    }
+};
+
+int g_localObjects = 0; // ordered by the wait
+
+struct LocalObject
+{
+    LocalObject() { ++g_localObjects; }
+    ~LocalObject() { --g_localObjects; }
+};
+
+TEST(Thread, AWaitSeesAllThatTheThreadDid)
+{
+    for (const bool leavesEarly : {false, true})
+    {
+        int value = leavesEarly ? 1 : 0; // ordered by the start and the wait
+        const auto body = [](void* argument) -> std::uint32_t
+        {
+            static thread_local LocalObject object;
+            const LocalObject* used = &object;
+            int& number = *static_cast<int*>(argument);
+            const bool leaves = number != 0;
+            number = used != nullptr ? g_localObjects + 41 : 0;
+            if (leaves)
+                pthread_exit(nullptr);
+            return 0;
+        };
+        const TovThreadRef thread = TovCreateThread(body, &value, 0, 0);
+        ASSERT_NE(thread, 0u);
+        EXPECT_EQ(TovWaitThread(thread, 60'000), 0);
+        EXPECT_EQ(value, 42);
+        // Nothing of it runs any more, so the code it ran may be unloaded.
+        EXPECT_EQ(g_localObjects, 0);
+        EXPECT_EQ(TovWaitThread(thread, kTovForever), 0) << "it has still ended";
+        TovCloseThreadRef(thread);
+        EXPECT_NE(TovWaitThread(thread, kTovForever), 0);
+    }
+}
+
+TEST(Thread, AWaitEndsWithItsTime)
+{
+    Gated gated;
+    EXPECT_NE(TovWaitThread(gated.thread, 0), 0);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_NE(TovWaitThread(gated.thread, 2), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2));
+    gated.Finish();
+}
+
+TEST(Thread, WaitsThatHaveBegunOutliveTheReference)
+{
+    Gated gated;
+    std::array<std::atomic<std::uint32_t>, 3> ids{};
+    std::array<int, 3> results{1, 1, 1};
+    std::vector<std::jthread> waiters;
+    for (std::size_t i = 0; i < ids.size(); ++i)
+    {
+        waiters.emplace_back(
+            [&, i]
+            {
+                ids[i] = GetCurrentTovThreadID();
+                results[i] = TovWaitThread(gated.thread, i == 0 ? 60'000 : kTovForever);
+            });
+    }
+    for (const std::atomic<std::uint32_t>& id : ids)
+        UntilAsleep(id);
+    TovCloseThreadRef(gated.thread);
+    TovCloseThreadRef(gated.thread);
+    EXPECT_NE(TovWaitThread(gated.thread, kTovForever), 0);
+    gated.gate.count_down();
+    waiters.clear();
+    EXPECT_EQ(results, (std::array{0, 0, 0}));
+}
+
+TEST(Thread, RunsOnWithoutAReference)
+{
+    std::atomic<int> ended{0};
+    for (int i = 0; i < 100; ++i)
+    {
+        TovCloseThreadRef(TovCreateThread(
+            [](void* argument) -> std::uint32_t
+            {
+                ++*static_cast<std::atomic<int>*>(argument);
+                return 0;
+            },
+            &ended, 0, 0));
+    }
+    while (ended < 100)
+        std::this_thread::yield();
+}
+
+TEST(Thread, IsRefusedWithoutABodyOrWithFlags)
+{
+    const TovThreadProc body = [](void*) -> std::uint32_t
+    {
+        return 0;
+    };
+    EXPECT_EQ(TovCreateThread(nullptr, nullptr, 0, 0), 0u);
+    EXPECT_EQ(TovCreateThread(body, nullptr, 1, 0), 0u);
+    for (const TovThreadRef none : {TovThreadRef{0}, ~TovThreadRef{0}})
+    {
+        EXPECT_NE(TovWaitThread(none, kTovForever), 0);
+        EXPECT_NE(TovSetThreadPriority(none, 0), 0);
+        TovCloseThreadRef(none);
+    }
+}
+
+TEST(Thread, HasAtLeastTheStackThatWasAskedFor)
+{
+    // The second size is one that no thread can run on.
+    for (const std::uint32_t asked : {32u << 20, 1u})
+    {
+        std::size_t stackSize = 0;
+        const TovThreadRef thread = TovCreateThread(
+            [](void* argument) -> std::uint32_t
+            {
+                pthread_attr_t attributes;
+                pthread_getattr_np(pthread_self(), &attributes);
+                pthread_attr_getstacksize(&attributes, static_cast<std::size_t*>(argument));
+                pthread_attr_destroy(&attributes);
+                return 0;
+            },
+            &stackSize, 0, asked);
+        EXPECT_EQ(TovWaitThread(thread, kTovForever), 0);
+        EXPECT_GE(stackSize, asked);
+        TovCloseThreadRef(thread);
+    }
+}
+
+TEST(Thread, PriorityIsRelativeToTheProcess)
+{
+    const int usual = getpriority(PRIO_PROCESS, 0) + 3;
+    ASSERT_EQ(setpriority(PRIO_PROCESS, 0, usual), 0);
+    Gated gated;
+    EXPECT_EQ(TovSetThreadPriority(gated.thread, -2), 0);
+    gated.UntilRunning();
+    EXPECT_EQ(getpriority(PRIO_PROCESS, gated.threadID), usual + 2);
+    // Only a privileged process takes patience back.
+    const int restored = TovSetThreadPriority(gated.thread, 0);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, gated.threadID), restored == 0 ? usual : usual + 2);
+    EXPECT_TRUE(restored == 0 || geteuid() != 0);
+    gated.gate.count_down();
+    EXPECT_EQ(TovWaitThread(gated.thread, kTovForever), 0);
+    EXPECT_NE(TovSetThreadPriority(gated.thread, -2), 0) << "another thread may have its identifier by now";
+    TovCloseThreadRef(gated.thread);
+}
+
+TEST(ThreadID, IsTheKernelsAndNoOtherThreadHasIt)
+{
+    std::array<Gated, 8> threads;
+    std::set<std::uint32_t> ids{GetCurrentTovThreadID()};
+    for (const Gated& gated : threads)
+    {
+        gated.UntilRunning();
+        ids.insert(gated.threadID);
+    }
+    EXPECT_EQ(ids.size(), 9u);
+    EXPECT_EQ(GetCurrentTovThreadID(), static_cast<std::uint32_t>(gettid()));
+    for (Gated& gated : threads)
+        gated.Finish();
+}
+
+// What is wrong in a forked child, as bits of its exit status.
+int ChildFaults(std::uint32_t forkCount, TovThreadRef parentThread)
+{
+    TovCriticalSection section{};
+    TovEnterCriticalSection(&section);
+    TovEnterCriticalSection(&section);
+    TovLeaveCriticalSection(&section);
+    TovLeaveCriticalSection(&section);
+    const TovEventRef event = TovCreateEvent(0, 1);
+    return (GetCurrentTovThreadID() != static_cast<std::uint32_t>(gettid()) ? 1 : 0) |
+           (TovGetForkCount() != forkCount + 1 ? 2 : 0) | (TovWaitThread(parentThread, kTovForever) == 0 ? 4 : 0) |
+           (TovWaitEvent(event, kTovForever) != 0 ? 8 : 0);
+}
+
+TEST(ThreadID, IsRightInAForkedChild)
+{
+    Gated gated;
+    const std::uint32_t parentID = GetCurrentTovThreadID();
+    const std::uint32_t forkCount = TovGetForkCount();
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(ChildFaults(forkCount, gated.thread));
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(GetCurrentTovThreadID(), parentID);
+    EXPECT_EQ(TovGetForkCount(), forkCount);
+    gated.Finish();
+}
+
+TEST(Sleep, SignalsDoNotShortenIt)
+{
+    struct sigaction ignore
+    {
+    };
+    ignore.sa_handler = [](int) {
+    };
+    sigaction(SIGALRM, &ignore, nullptr);
+    const itimerval often{{0, 500}, {0, 500}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    const auto begin = std::chrono::steady_clock::now();
+    TovSleep(10);
+    TovUSleep(500);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::microseconds(10'500));
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &never, nullptr);
+}
+
+std::uint64_t g_slept = 0;
+
+TEST(Sleep, GoesWhereTheProgramSendsIt)
+{
+    const TovSleepProc count = [](std::uint64_t microseconds)
+    {
+        g_slept += microseconds;
+    };
+    EXPECT_EQ(TovSetSleepProc(count), nullptr);
+    TovSleep(0xFFFFFFFFu);
+    TovUSleep(7);
+    EXPECT_EQ(g_slept, 0xFFFFFFFFull * 1'000 + 7);
+    EXPECT_EQ(TovSetSleepProc(nullptr), count);
+}
+} // namespace
