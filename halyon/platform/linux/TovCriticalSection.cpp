@@ -3,17 +3,23 @@
 #include <halyon/platform/TovPCMac.h>
 
 #include "Futex.h"
+#include "ThreadIdentity.h"
 
+#include <sys/single_threaded.h>
+
+using Halyon::Linux::Deadline;
 using Halyon::Linux::FutexWait;
 using Halyon::Linux::FutexWake;
 
 namespace
 {
-// Set beside the owner's identifier when somebody may be asleep on the word.
+// Set beside the owner's identifier when somebody may be asleep on the word. Identifiers have at most 22 bits.
 constexpr std::uint32_t kHasWaiters = 0x80000000u;
 
-void EnterContended(std::atomic_ref<std::uint32_t> owner, const std::uint32_t* word, std::uint32_t self) noexcept
+// Apart, so that the way in without contention stays short.
+[[gnu::noinline]] void EnterContended(std::uint32_t* word, std::uint32_t self) noexcept
 {
+    const std::atomic_ref owner(*word);
     // A short look before sleeping: most sections are left within it.
     for (int spin = 0; spin < 100; ++spin)
     {
@@ -23,6 +29,7 @@ void EnterContended(std::atomic_ref<std::uint32_t> owner, const std::uint32_t* w
         if ((seen & kHasWaiters) != 0)
             break;
     }
+    const Deadline never(kTovForever);
     for (;;)
     {
         std::uint32_t seen = owner.load(std::memory_order_relaxed);
@@ -36,7 +43,7 @@ void EnterContended(std::atomic_ref<std::uint32_t> owner, const std::uint32_t* w
         }
         const std::uint32_t marked = seen | kHasWaiters;
         if (seen == marked || owner.compare_exchange_weak(seen, marked, std::memory_order_relaxed))
-            FutexWait(word, marked, Halyon::Linux::Deadline(kTovForever));
+            FutexWait(word, marked, never);
     }
 }
 } // namespace
@@ -50,9 +57,17 @@ void TovDeleteCriticalSection(TovCriticalSection* /*pSection*/) noexcept {}
 
 void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept
 {
-    const std::uint32_t self = GetCurrentTovThreadID();
+    const std::uint32_t self = Halyon::Linux::ThreadID();
     const std::atomic_ref owner(pSection->uOwner);
-    std::uint32_t seen = 0;
+    std::uint32_t seen = owner.load(std::memory_order_relaxed);
+    // While the process has one thread, nobody can come between a load and a store. The C library says so, and ends it
+    // before another thread begins, which then sees what was stored.
+    if (seen == 0 && __libc_single_threaded != 0)
+    {
+        owner.store(self, std::memory_order_relaxed);
+        return;
+    }
+    seen = 0;
     if (owner.compare_exchange_strong(seen, self, std::memory_order_acquire, std::memory_order_relaxed))
         return;
     if ((seen & ~kHasWaiters) == self)
@@ -60,7 +75,7 @@ void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept
         ++pSection->uDepth;
         return;
     }
-    EnterContended(owner, &pSection->uOwner, self);
+    EnterContended(&pSection->uOwner, self);
 }
 
 void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept
@@ -70,9 +85,15 @@ void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept
         --pSection->uDepth;
         return;
     }
+    const std::atomic_ref owner(pSection->uOwner);
+    if (__libc_single_threaded != 0)
+    {
+        owner.store(0, std::memory_order_relaxed);
+        return;
+    }
     // The section may be destroyed by the next owner as soon as the word is 0; only its address is used after that.
     const std::uint32_t* word = &pSection->uOwner;
-    const std::uint32_t seen = std::atomic_ref(pSection->uOwner).exchange(0, std::memory_order_release);
+    const std::uint32_t seen = owner.exchange(0, std::memory_order_release);
     if ((seen & kHasWaiters) != 0)
         FutexWake(word, 1);
 }
