@@ -29,3 +29,17 @@ endif()
 function(halyon_compile target)
   target_compile_options(${target} PRIVATE ${HALYON_WARNINGS})
 endfunction()
+
+# In release builds the floors of the runtime are optimised as one: the module's short calls cross several of them. The
+# libraries keep ordinary code too, for hosts that are linked without. Calls into the engine go without a stub.
+include(CheckIPOSupported)
+check_ipo_supported(RESULT HALYON_HAS_IPO LANGUAGES CXX)
+function(halyon_optimize target)
+  if(HALYON_HAS_IPO AND NOT HALYON_INSTRUMENT)
+    set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-ffat-lto-objects>)
+    endif()
+  endif()
+  target_compile_options(${target} PRIVATE -fno-plt)
+endfunction()
