@@ -53,9 +53,11 @@ HynResult CHynSQCommand::PrepareSQL(const char16_t* sql)
     for (;;)
     {
         Close();
-        const void* tail = nullptr;
-        const int code = sqlite3_prepare16(database, sql, -1, &m_pStatement, &tail);
+        // No tail is asked for: to find it the engine counts the characters of the whole text, twice.
+        const int code = sqlite3_prepare16(database, sql, -1, &m_pStatement, nullptr);
         m_uForkCount = TovGetForkCount();
+        m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
+        m_nColumns = sqlite3_column_count(m_pStatement);
         if (code != SQLITE_BUSY)
             return FromEngine(code);
         TovUSleep(kPrepareRetryMicroseconds);
@@ -64,9 +66,10 @@ HynResult CHynSQCommand::PrepareSQL(const char16_t* sql)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::int32_t value)
 {
-    if (!CheckAdjustBindFieldIndex(index))
+    sqlite3_stmt* statement = StatementForParameter(index);
+    if (statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_int(m_pStatement, index, value));
+    return FromEngine(sqlite3_bind_int(statement, index + 1, value));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::uint32_t value)
@@ -76,26 +79,29 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::uint32_t value)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, long long value)
 {
-    if (!CheckAdjustBindFieldIndex(index))
+    sqlite3_stmt* statement = StatementForParameter(index);
+    if (statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_int64(m_pStatement, index, value));
+    return FromEngine(sqlite3_bind_int64(statement, index + 1, value));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, double value)
 {
-    if (!CheckAdjustBindFieldIndex(index))
+    sqlite3_stmt* statement = StatementForParameter(index);
+    if (statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_double(m_pStatement, index, value));
+    return FromEngine(sqlite3_bind_double(statement, index + 1, value));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, const char16_t* value)
 {
-    if (value == nullptr || !CheckAdjustBindFieldIndex(index))
+    sqlite3_stmt* statement = StatementForParameter(index);
+    if (value == nullptr || statement == nullptr)
         return HYN_E_FAIL;
     const std::size_t bytes = tov_wcslen(value) * sizeof(char16_t);
     if (bytes > INT32_MAX)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_text16(m_pStatement, index, value, static_cast<int>(bytes), SQLITE_STATIC));
+    return FromEngine(sqlite3_bind_text16(statement, index + 1, value, static_cast<int>(bytes), SQLITE_STATIC));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, FILETIME* value)
@@ -149,11 +155,10 @@ int CHynSQCommand::Close() noexcept
 
 bool CHynSQCommand::CheckAdjustBindFieldIndex(int& index) const noexcept
 {
-    sqlite3_stmt* statement = GetSQstmt();
-    if (statement == nullptr || index < 0 || index == INT32_MAX)
+    if (GetSQstmt() == nullptr || index < 0 || index == INT32_MAX)
         return false;
     ++index;
-    return index <= sqlite3_bind_parameter_count(statement);
+    return index <= m_nParameters;
 }
 
 std::int32_t CHynSQCommand::FindColumn(std::int32_t nColumns, const char16_t* name) noexcept

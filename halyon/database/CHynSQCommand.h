@@ -42,6 +42,9 @@ public:
     // statement is the other process's. [owner]
     sqlite3_stmt* GetSQstmt() const noexcept;
 
+    // Number of the statement's columns; 0 without a statement. [owner]
+    std::int32_t GetColumnCount() const noexcept { return GetSQstmt() != nullptr ? m_nColumns : 0; }
+
     // Finalizes the statement; returns the engine's own code, 0 without a statement. [owner]
     int Close() noexcept;
 
@@ -53,8 +56,16 @@ public:
     std::int32_t FindColumn(std::int32_t nColumns, const char16_t* name) noexcept;
 
 private:
+    // The statement when it has a parameter of this index from 0, else null.
+    [[nodiscard]] sqlite3_stmt* StatementForParameter(std::int32_t index) const noexcept
+    {
+        return index >= 0 && index < m_nParameters ? GetSQstmt() : nullptr;
+    }
+
     CHynSQConnection* m_pConnection;
     sqlite3_stmt* m_pStatement = nullptr;
+    std::int32_t m_nParameters = 0; // of the statement; neither number changes while it lives
+    std::int32_t m_nColumns = 0;
     std::uint32_t m_uForkCount = 0; // the process that prepared the statement
     CHynSQColumnNames m_names;
 };
