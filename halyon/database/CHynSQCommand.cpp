@@ -111,18 +111,20 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, FILETIME* value)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, void* data, std::uint32_t length)
 {
-    if (data == nullptr || length == 0 || length > INT32_MAX || !CheckAdjustBindFieldIndex(index))
+    sqlite3_stmt* statement = StatementForParameter(index);
+    if (data == nullptr || length == 0 || length > INT32_MAX || statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_blob(m_pStatement, index, data, static_cast<int>(length), SQLITE_STATIC));
+    return FromEngine(sqlite3_bind_blob(statement, index + 1, data, static_cast<int>(length), SQLITE_STATIC));
 }
 
 HynResult CHynSQCommand::ExecuteSQL()
 {
-    // The record set lives in this frame: the reference taken here keeps its count from ever reaching 0, and the end of
-    // the scope closes it, which makes the statement ready to run again.
-    CHynSQRecordSet recordSet(this);
-    recordSet.AddRef();
-    const HynResult result = recordSet.Next();
+    // What a record set would do from its construction to its end, without one: nobody would ever see it.
+    sqlite3_stmt* statement = GetSQstmt();
+    if (statement == nullptr)
+        return HYN_E_FAIL;
+    const HynResult result = CHynSQRecordSet::Step(statement);
+    sqlite3_reset(statement);
     return HynFailed(result) ? result : HYN_S_OK;
 }
 

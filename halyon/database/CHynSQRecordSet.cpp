@@ -50,27 +50,17 @@ void CHynSQRecordSet::Close() noexcept
 
 std::int32_t CHynSQRecordSet::GetFieldCount()
 {
-    sqlite3_stmt* statement = GetSQstmt();
-    return statement != nullptr ? sqlite3_column_count(statement) : 0;
+    return m_spCommand != nullptr ? m_spCommand->GetColumnCount() : 0;
 }
 
-HynResult CHynSQRecordSet::Next()
+HynResult CHynSQRecordSet::Step(sqlite3_stmt* statement) noexcept
 {
-    sqlite3_stmt* statement = GetSQstmt();
-    if (statement == nullptr)
-        return HYN_E_FAIL;
-
     for (int attempt = 0; attempt < kStepAttempts; ++attempt)
     {
-        const int code = sqlite3_step(statement);
-        if (code == SQLITE_ROW)
+        switch (sqlite3_step(statement))
         {
-            m_nEof = 0;
+        case SQLITE_ROW:
             return HYN_S_OK;
-        }
-        m_nEof = 1;
-        switch (code)
-        {
         case SQLITE_DONE:
             return HYN_S_FALSE;
         case SQLITE_ERROR:
@@ -84,6 +74,16 @@ HynResult CHynSQRecordSet::Next()
         }
     }
     return HYN_E_FAIL;
+}
+
+HynResult CHynSQRecordSet::Next()
+{
+    sqlite3_stmt* statement = GetSQstmt();
+    if (statement == nullptr)
+        return HYN_E_FAIL;
+    const HynResult result = Step(statement);
+    m_nEof = result == HYN_S_OK ? 0 : 1;
+    return result;
 }
 
 HynResult CHynSQRecordSet::Reset()

@@ -49,6 +49,10 @@ public:
     // The command's statement, or null. [owner]
     sqlite3_stmt* GetSQstmt() const noexcept;
 
+    // One step of `statement`, with the waits for a busy database. HYN_S_OK: on a row. HYN_S_FALSE: at the end. Else
+    // the failures of Next. [owner]
+    static Halyon::HynResult Step(sqlite3_stmt* statement) noexcept;
+
     // The lowest column with this name, without regard to letter case, or -1. [owner]
     std::int32_t GetFieldIndexByName(const char16_t* name);
 
