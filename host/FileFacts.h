@@ -20,14 +20,16 @@ struct FileStamp
     friend bool operator==(const FileStamp&, const FileStamp&) = default;
 };
 
-// What reading a file tells. All fields but `kind` and `problem` mean nothing when it is no medium.
+// What reading a file tells.
 struct FileFacts
 {
+    bool wasRead = false;          // false: only `problem` means anything
+    FileStamp stamp;               // of the bytes that were read
     std::optional<MediaKind> kind; // nothing: not a media file
     FILETIME taken{};              // the moment of the picture, else the modified time
     std::int32_t width = 0;        // pixels; 0: not known
     std::int32_t height = 0;
     std::optional<std::int32_t> rating; // 0 to 5
-    std::string problem;                // why it could not be read (wholly); empty when all is well
+    std::string problem;                // why it could not be read, or not wholly; empty when all is well
 };
 } // namespace HynHost

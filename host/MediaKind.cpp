@@ -37,6 +37,11 @@ constexpr MimeKind kMimes[] = {
     {"video/quicktime", MediaKind::Mov},
     {"video/x-matroska", MediaKind::Mkv},
     {"image/heif-sequence", MediaKind::Heif},
+    {"image/avif", MediaKind::Heif},
+    {"image/vnd.mozilla.apng", MediaKind::Png},
+    {"audio/mp4", MediaKind::Mp4},
+    {"audio/x-m4a", MediaKind::Mp4},
+    {"video/3gpp2", MediaKind::Mp4},
     {"video/webm", MediaKind::Mkv},
 };
 } // namespace
@@ -55,5 +60,10 @@ std::optional<MediaKind> MediaKindFromMime(std::string_view mime) noexcept
 bool IsPicture(MediaKind kind) noexcept
 {
     return kind <= MediaKind::Heif;
+}
+
+bool IsVideo(MediaKind kind) noexcept
+{
+    return kind >= MediaKind::Mp4;
 }
 } // namespace HynHost

@@ -30,6 +30,7 @@ enum class MediaKind : std::uint8_t
 // [any]
 [[nodiscard]] std::optional<MediaKind> MediaKindFromMime(std::string_view mime) noexcept;
 
-// Whether it is a still picture, whose metadata can be read. [any]
+// Whether it is a still picture, a film (which may turn out to hold sound alone). [any]
 [[nodiscard]] bool IsPicture(MediaKind kind) noexcept;
+[[nodiscard]] bool IsVideo(MediaKind kind) noexcept;
 } // namespace HynHost
