@@ -1,12 +1,17 @@
 #include <host/Catalog.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
+
+#include <unistd.h>
 
 #include <host/HostError.h>
+#include <host/PrintableText.h>
 
 namespace HynHost
 {
@@ -40,32 +45,57 @@ constexpr const char16_t* kSchema[] = {
     u"PRAGMA user_version = 1",
 };
 
-// The engine's own complaint about a foreign file would be a bare code, so the first bytes are looked at here.
-std::string CheckFile(const std::string& file, Catalog::Mode mode)
+constexpr std::string_view kOpenAction = "cannot open the catalogue";
+
+// Absolute: the engine takes some relative names for something else than a file.
+std::string AbsoluteFile(const std::string& name)
+{
+    std::error_code error;
+    std::string file = std::filesystem::absolute(name, error).string();
+    if (error)
+        throw HostError(kOpenAction, PrintableText(name), error.message());
+    if (!IsUTF8(file))
+        throw HostError(kOpenAction, PrintableText(name), "its path is not valid UTF-8");
+    return file;
+}
+
+void CheckContent(const std::string& file)
 {
     constexpr std::string_view kMagic("SQLite format 3\0", 16);
-    std::error_code error;
-    const auto status = std::filesystem::status(file, error);
-    if (!std::filesystem::exists(status))
-    {
-        if (error && error != std::errc::no_such_file_or_directory)
-            throw HostError("cannot open the catalogue", file, error.message());
-        if (mode == Catalog::Mode::Existing)
-            throw HostError("cannot open the catalogue", file, "there is none; import a folder first");
-        const auto folder = std::filesystem::absolute(file).parent_path();
-        if (!std::filesystem::create_directories(folder, error) && error)
-            throw HostError("cannot make the folder", folder.string(), error.message());
-        return file;
-    }
-    if (!std::filesystem::is_regular_file(status))
-        throw HostError("cannot open the catalogue", file, "it is not a regular file");
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
-        throw HostError("cannot open the catalogue", file, "it cannot be read");
+        ThrowSystemError(kOpenAction, file, errno);
     std::array<char, kMagic.size()> head{};
     stream.read(head.data(), head.size());
     if (stream.gcount() != 0 && std::string_view(head.data(), head.size()) != kMagic)
-        throw HostError("cannot open the catalogue", file, "it is not a database");
+        throw HostError(kOpenAction, file, "it is not a database");
+}
+
+// The engine tells every refusal by the same code, so what can be known before is found out here.
+std::string CheckFile(const std::string& name, Catalog::Mode mode)
+{
+    std::string file = AbsoluteFile(name);
+    const std::string folder = std::filesystem::path(file).parent_path().string();
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    const bool exists = std::filesystem::exists(status);
+    if (!exists && status.type() != std::filesystem::file_type::not_found)
+        throw HostError(kOpenAction, file, error.message());
+    if (!exists && mode == Catalog::Mode::Existing)
+        throw HostError(kOpenAction, file, "there is none; import a folder first");
+    if (exists && !std::filesystem::is_regular_file(status))
+        throw HostError(kOpenAction, file, "it is not a regular file");
+    if (mode == Catalog::Mode::Create)
+    {
+        if (!std::filesystem::create_directories(folder, error) && error)
+            throw HostError("cannot make the folder", folder, error.message());
+        if (access(folder.c_str(), W_OK) != 0) // the engine's journal lies beside the catalogue
+            ThrowSystemError("cannot write the catalogue's folder", folder, errno);
+        if (exists && access(file.c_str(), W_OK) != 0)
+            ThrowSystemError("cannot write the catalogue", file, errno);
+    }
+    if (exists)
+        CheckContent(file);
     return file;
 }
 
@@ -106,10 +136,10 @@ void Catalog::CheckVersion()
 {
     const std::int32_t version = Number(m_database, u"PRAGMA user_version");
     if (Number(m_database, u"PRAGMA application_id") != kApplicationID)
-        throw HostError("cannot open the catalogue", m_database.File(), "it is a database of something else");
+        throw HostError(kOpenAction, m_database.File(), "it is a database of something else");
     if (version != kVersion)
-        throw HostError("cannot open the catalogue", m_database.File(),
-                        "it is of version " + std::to_string(version) + ", this program knows version " +
+        throw HostError(kOpenAction, m_database.File(),
+                        "it is of version " + std::to_string(version) + ", this program knows " +
                             std::to_string(kVersion));
 }
 

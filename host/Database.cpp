@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <host/HostError.h>
+
 using Halyon::HynFailed;
 using Halyon::HynResult;
 
@@ -137,9 +139,18 @@ Command Database::Prepare(const char16_t* sql)
     return {std::move(command), text};
 }
 
-Transaction::Transaction(Database& database) : m_database(database)
+Transaction::Transaction(Database& database, Kind kind) : m_database(database)
 {
-    CheckStatement(database.Interface()->BeginTrans(), "locking " + database.File() + " with", u"begin exclusive;");
+    if (kind == Kind::Read)
+    {
+        database.Execute(u"begin;");
+        static_cast<void>(database.Query(u"SELECT 1 FROM sqlite_master LIMIT 1")); // takes the lock
+        return;
+    }
+    const HynResult result = database.Interface()->BeginTrans();
+    if (result == Halyon::HYN_E_FAIL)
+        throw HostError("cannot lock", database.File(), "another program has kept it busy, or it cannot be written");
+    CheckStatement(result, "locking " + database.File(), u"begin exclusive;");
 }
 
 Transaction::~Transaction()
@@ -151,6 +162,6 @@ Transaction::~Transaction()
 void Transaction::Commit()
 {
     m_open = false; // a failed commit has been rolled back by the module
-    CheckStatement(m_database.Interface()->CommitTrans(), "writing " + m_database.File() + " with", u"commit;");
+    CheckStatement(m_database.Interface()->CommitTrans(), "writing " + m_database.File(), u"commit;");
 }
 } // namespace HynHost

@@ -136,11 +136,18 @@ private:
     std::string m_file;
 };
 
-// An exclusive transaction: rolled back at the end of its scope unless committed.
+// A transaction: rolled back at the end of its scope unless committed.
 class Transaction
 {
 public:
-    explicit Transaction(Database& database);
+    enum class Kind
+    {
+        Exclusive, // locks everybody else out, from the start
+        Read,      // one unchanging view of the database, for many small queries
+    };
+
+    // Waits while the database is busy, about 100 seconds. Throws HostError when it stays so.
+    explicit Transaction(Database& database, Kind kind = Kind::Exclusive);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;

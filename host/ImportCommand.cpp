@@ -1,29 +1,137 @@
 #include <host/ImportCommand.h>
 
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
+#include <host/BusyNotice.h>
 #include <host/Catalog.h>
+#include <host/HostError.h>
+#include <host/Importer.h>
+#include <host/Interrupt.h>
+#include <host/PrintableText.h>
 
 namespace HynHost
 {
+namespace
+{
+struct Options
+{
+    std::string folder;
+    std::string catalog;
+    bool followLinks = false;
+};
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::uintmax_t kNoSpace = 1000000; // bytes that are left on a full disk
+
+unsigned long long Number(std::uint64_t number)
+{
+    return number;
+}
+
+// The folder's one path: absolute and without links, so that a second import finds what the first one stored.
+std::string FolderPath(const std::string& folder)
+{
+    constexpr std::string_view kAction = "cannot import the folder";
+    std::error_code error;
+    const auto path = std::filesystem::canonical(folder, error);
+    if (error)
+        throw HostError(kAction, folder, error.message());
+    if (!std::filesystem::is_directory(path))
+        throw HostError(kAction, folder, "it is not a folder");
+    if (!IsUTF8(path.string()))
+        throw HostError(kAction, PrintableText(folder), "its path is not valid UTF-8");
+    return path.string();
+}
+
+Catalog OpenCatalog(const std::string& file)
+{
+    const BusyNotice notice(
+        [&file]
+        { std::fprintf(stderr, "hynhost: waiting for the catalogue %s: another program is using it\n", file.c_str()); },
+        [] { std::fputs("hynhost: interrupted before the first file\n", stderr); });
+    return Catalog(file, Catalog::Mode::Create);
+}
+
+// The module's codes do not tell a full disk from other refusals.
+void RunImport(Importer& importer, const std::string& catalog)
+{
+    try
+    {
+        importer.Run();
+    }
+    catch (const DatabaseError& failure)
+    {
+        std::error_code error;
+        const auto space = std::filesystem::space(catalog, error);
+        const bool isFull = !error && space.available < kNoSpace;
+        throw HostError("cannot bring up to date", catalog,
+                        failure.what() + std::string(isFull ? " (its disk is full)" : ""));
+    }
+}
+
+void PrintReport(const ImportReport& report, const std::string& folder, const std::string& catalog, double seconds)
+{
+    std::printf("%s\n  %llu new, %llu changed, %llu unchanged, %llu gone\n", PrintableText(folder).c_str(),
+                Number(report.added), Number(report.changed), Number(report.unchanged), Number(report.gone));
+    if (report.others != 0)
+        std::printf("  %llu other files\n", Number(report.others));
+    if (report.passedLinks != 0)
+        std::printf("  %llu links not followed (--follow-links follows them)\n", Number(report.passedLinks));
+    std::printf("  in %s after %.1f s, %.0f files/s\n", PrintableText(catalog).c_str(), seconds,
+                static_cast<double>(report.done) / seconds);
+    std::fflush(stdout);
+}
+
+void PrintProblems(const ImportReport& report)
+{
+    const std::uint64_t count = report.problems.size() + report.moreProblems;
+    if (count == 0)
+        return;
+    std::fprintf(stderr, "%llu %s:\n", Number(count), count == 1 ? "problem" : "problems");
+    for (const auto& [path, reason] : report.problems)
+        std::fprintf(stderr, "  %s: %s\n", PrintableText(path).c_str(), PrintableText(reason).c_str());
+    if (report.moreProblems != 0)
+        std::fprintf(stderr, "  and %llu more\n", Number(report.moreProblems));
+}
+
+void Import(const Options& options)
+{
+    const std::string folder = FolderPath(options.folder);
+    const std::string file = options.catalog.empty() ? Catalog::DefaultFile() : options.catalog;
+    const Interrupt interrupt;
+    Catalog catalog = OpenCatalog(file);
+    Progress progress("files");
+    Importer importer(catalog, folder, options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass,
+                      progress);
+
+    const auto start = Clock::now();
+    RunImport(importer, catalog.GetDatabase().File());
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    PrintReport(importer.Report(), folder, catalog.GetDatabase().File(), seconds);
+    PrintProblems(importer.Report());
+    if (importer.Report().interrupted)
+    {
+        importer.TellInterrupted();
+        throw CLI::RuntimeError(Interrupt::kExitStatus);
+    }
+}
+} // namespace
+
 void AddImportCommand(CLI::App& app)
 {
-    struct Options
-    {
-        std::string folder;
-        std::string catalog;
-    };
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("import", "Bring a folder's media files into the catalogue");
-    command->add_option("FOLDER", options->folder, "The folder")->required();
-    command->add_option("--catalog", options->catalog, "The catalogue file")->type_name("FILE");
-    command->callback(
-        [options] {
-            Catalog catalog(options->catalog.empty() ? Catalog::DefaultFile() : options->catalog,
-                            Catalog::Mode::Create);
-        });
+    command->add_option("FOLDER", options->folder, "The folder; those below it come with it")->required();
+    command->add_option("--catalog", options->catalog, "The catalogue (default: halyon/catalog.db in the user's data)")
+        ->type_name("FILE");
+    command->add_flag("--follow-links", options->followLinks, "Follow symbolic links to files and folders");
+    command->callback([options] { Import(*options); });
 }
 } // namespace HynHost

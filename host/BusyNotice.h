@@ -1,0 +1,35 @@
+// Says so when a call of the module takes long because another program holds the database.
+//
+// The module waits by itself, up to about 100 seconds, and cannot be asked to stop. An object of this class around such
+// a call tells the user after a second what is waited for, and ends the program when the user interrupts it meanwhile:
+// what waits for its lock has nothing open, so nothing is lost. Not around calls that may hold a lock already.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace HynHost
+{
+class BusyNotice
+{
+public:
+    // `onWait` runs once, on another thread, when the wait gets long; `onInterrupted` before the program ends.
+    BusyNotice(std::function<void()> onWait, std::function<void()> onInterrupted);
+    ~BusyNotice();
+    BusyNotice(const BusyNotice&) = delete;
+    BusyNotice& operator=(const BusyNotice&) = delete;
+
+private:
+    void Watch();
+
+    std::function<void()> m_onWait;
+    std::function<void()> m_onInterrupted;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_done = false; // guarded by m_mutex
+    std::thread m_thread;
+};
+} // namespace HynHost

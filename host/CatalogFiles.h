@@ -1,0 +1,65 @@
+// The files of a catalogue, as an import looks them up, stores them and removes them.
+//
+// For the thread that writes; everything else reads the view `media`. Works with prepared statements and in whatever
+// transaction its caller has open: without one, every call would wait for the disk.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <host/Catalog.h>
+#include <host/FileFacts.h>
+
+namespace HynHost
+{
+// What the catalogue knows of a file.
+struct KnownFile
+{
+    FileStamp stamp;
+    bool isMedia = false;
+    std::string problem; // that it had when it was read
+};
+
+// A file that the catalogue holds.
+struct StoredFile
+{
+    long long id = 0;
+    std::string path;
+    bool isMedia = false;
+};
+
+class CatalogFiles
+{
+public:
+    explicit CatalogFiles(Catalog& catalog);
+
+    // Folders have a "/" at their end here, as they are stored. [owner]
+    [[nodiscard]] std::optional<KnownFile> Find(const std::string& folder, const std::string& name);
+
+    // Adds the file or replaces what was known of it. [owner]
+    void Store(const std::string& folder, const std::string& name, const FileFacts& facts);
+
+    // Up to `limit` files below `folder` with ids above `after`, in the order of ids. [owner]
+    [[nodiscard]] std::vector<StoredFile> FilesBelow(const std::string& folder, long long after, int limit);
+
+    // How many files it holds below `folder`. [owner]
+    [[nodiscard]] std::uint64_t CountBelow(const std::string& folder);
+
+    // [owner]
+    void Remove(long long id);
+
+    // Removes the folders below `folder` that hold no file any more. [owner]
+    void RemoveEmptyFolders(const std::string& folder);
+
+private:
+    Command m_find;
+    Command m_addFolder;
+    Command m_store;
+    Command m_countBelow;
+    Command m_filesBelow;
+    Command m_remove;
+    Command m_removeEmptyFolders;
+};
+} // namespace HynHost
