@@ -24,7 +24,7 @@ static_assert(sizeof(UTCDateTime) == 8);
 using LongDateTime = std::int64_t;
 
 // Calendar fields. `year` counts through 0 and below, era is kept at 0; month 1 to 12, day 1 to 31, dayOfWeek 1
-// (Sunday) to 7, dayOfYear 1 to 366, weekOfYear 1 to 53 (week 1 holds January 1st, weeks begin on Sunday), pm 1 from
+// (Sunday) to 7, dayOfYear 1 to 366, weekOfYear 1 to 54 (week 1 holds January 1st, weeks begin on Sunday), pm 1 from
 // noon.
 struct LongDateRec
 {

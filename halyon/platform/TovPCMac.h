@@ -156,17 +156,17 @@ struct TovFormatArgument
         Double
     };
     Kind kind;
+    std::uint32_t uBytes; // size of the integer as it was passed
     union
     {
         std::int64_t nValue;
         std::uint64_t uValue;
         double fValue;
     };
-    std::uint32_t uBytes; // size of the integer as it was passed
 
     template <class T>
     requires std::is_arithmetic_v<T>
-    constexpr TovFormatArgument(T value) noexcept : kind{}, nValue{}, uBytes(sizeof(T))
+    constexpr TovFormatArgument(T value) noexcept : kind{}, uBytes(sizeof(T)), nValue{}
     {
         if constexpr (std::is_floating_point_v<T>)
         {

@@ -5,18 +5,43 @@
 #include <cmath>
 #include <ctime>
 
+#include <halyon/platform/linux/Calendar.h>
+#include <halyon/platform/linux/LocalZone.h>
+
 namespace Halyon
 {
+namespace
+{
+// Moments lie within 48 bits of seconds on either side of 1904.
+constexpr std::int64_t kMomentLimit = std::int64_t{1} << 48;
+
+// Whole seconds since 1904, down from a fraction, also before 2001. False for what is no number or lies outside. Added
+// as an integer: where a double has fractions of a second left, the sum with the distance of the epochs may not.
+bool WholeSecondsSince1904(CFAbsoluteTime seconds, std::int64_t* pWhole) noexcept
+{
+    if (!(std::abs(seconds) < 2.0 * static_cast<double>(kMomentLimit)))
+        return false;
+    const auto towardsZero = static_cast<std::int64_t>(seconds);
+    const std::int64_t floor = towardsZero - (static_cast<double>(towardsZero) > seconds ? 1 : 0);
+    *pWhole = floor + kSecondsFrom1904To2001;
+    return *pWhole >= -kMomentLimit && *pWhole < kMomentLimit;
+}
+
+// Requires: 0 <= seconds < 2^48.
+UTCDateTime MakeUTCDateTime(std::int64_t seconds, std::uint16_t fraction) noexcept
+{
+    return {static_cast<std::uint16_t>(seconds >> 32), static_cast<std::uint32_t>(seconds), fraction};
+}
+} // namespace
+
 OSStatus GetUTCDateTime(UTCDateTime* pUTC, OptionBits /*options*/) noexcept
 {
     if (pUTC == nullptr)
         return paramErr;
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    const auto seconds = static_cast<std::uint64_t>(now.tv_sec + kSecondsFrom1904To1970);
-    pUTC->highSeconds = static_cast<std::uint16_t>(seconds >> 32);
-    pUTC->lowSeconds = static_cast<std::uint32_t>(seconds);
-    pUTC->fraction = static_cast<std::uint16_t>((static_cast<std::uint64_t>(now.tv_nsec) << 16) / 1'000'000'000);
+    const auto fraction = static_cast<std::uint16_t>((static_cast<std::uint64_t>(now.tv_nsec) << 16) / 1'000'000'000);
+    *pUTC = MakeUTCDateTime(now.tv_sec + kSecondsFrom1904To1970, fraction);
     return noErr;
 }
 
@@ -31,22 +56,70 @@ OSStatus UCConvertUTCDateTimeToCFAbsoluteTime(const UTCDateTime* pUTC, CFAbsolut
 
 OSStatus UCConvertCFAbsoluteTimeToUTCDateTime(CFAbsoluteTime seconds, UTCDateTime* pUTC) noexcept
 {
-    if (pUTC == nullptr || !std::isfinite(seconds))
+    std::int64_t whole = 0;
+    if (pUTC == nullptr || !WholeSecondsSince1904(seconds, &whole))
         return paramErr;
-    double whole = std::floor(seconds);
-    double units = std::nearbyint((seconds - whole) * 65536.0);
-    if (units >= 65536.0)
-    {
-        whole += 1.0;
-        units = 0.0;
-    }
-    const double since1904 = whole + static_cast<double>(kSecondsFrom1904To2001);
-    if (since1904 < 0.0 || since1904 >= 281474976710656.0)
+    // The difference and the product are exact, up to a fraction just under 1, which may round to the next second.
+    const double units = (seconds - static_cast<double>(whole - kSecondsFrom1904To2001)) * 65536.0;
+    auto fraction = static_cast<std::int64_t>(units);
+    if (units - static_cast<double>(fraction) >= 0.5)
+        ++fraction;
+    whole += fraction >> 16;
+    if (whole < 0 || whole >= kMomentLimit)
         return paramErr;
-    const auto count = static_cast<std::uint64_t>(since1904);
-    pUTC->highSeconds = static_cast<std::uint16_t>(count >> 32);
-    pUTC->lowSeconds = static_cast<std::uint32_t>(count);
-    pUTC->fraction = static_cast<std::uint16_t>(units);
+    *pUTC = MakeUTCDateTime(whole, static_cast<std::uint16_t>(fraction));
     return noErr;
+}
+
+OSStatus UCConvertCFAbsoluteTimeToLongDateTime(CFAbsoluteTime seconds, LongDateTime* pLocal) noexcept
+{
+    std::int64_t moment = 0;
+    if (pLocal == nullptr || !WholeSecondsSince1904(seconds, &moment))
+        return paramErr;
+    const Linux::LocalZone* zone = Linux::LocalZone::Current();
+    if (zone == nullptr)
+        return memFullErr;
+    *pLocal = zone->ToWall(moment);
+    return noErr;
+}
+
+OSStatus UCConvertLongDateTimeToCFAbsoluteTime(LongDateTime local, CFAbsoluteTime* pSeconds) noexcept
+{
+    // The limit is the moment's; the clock on the wall may show a little more.
+    if (pSeconds == nullptr || local < -2 * kMomentLimit || local > 2 * kMomentLimit)
+        return paramErr;
+    const Linux::LocalZone* zone = Linux::LocalZone::Current();
+    if (zone == nullptr)
+        return memFullErr;
+    const std::int64_t moment = zone->ToMoment(local);
+    if (moment < -kMomentLimit || moment >= kMomentLimit)
+        return paramErr;
+    *pSeconds = static_cast<double>(moment - kSecondsFrom1904To2001);
+    return noErr;
+}
+
+void LongSecondsToDate(const LongDateTime* pLocal, LongDateRec* pDate) noexcept
+{
+    const std::int64_t days = Linux::FloorDivide(*pLocal, Linux::kSecondsPerDay);
+    const auto second = static_cast<std::int32_t>(Linux::FloorRemainder(*pLocal, Linux::kSecondsPerDay));
+    const Linux::CivilDay civil = Linux::CivilFromDays(days);
+    const std::int32_t weekday = Linux::WeekdayFromDays(days);
+    *pDate = {};
+    pDate->year = static_cast<std::int16_t>(civil.year);
+    pDate->month = static_cast<std::int16_t>(civil.month);
+    pDate->day = static_cast<std::int16_t>(civil.day);
+    pDate->hour = static_cast<std::int16_t>(second / 3600);
+    pDate->minute = static_cast<std::int16_t>(second / 60 % 60);
+    pDate->second = static_cast<std::int16_t>(second % 60);
+    pDate->dayOfWeek = static_cast<std::int16_t>(weekday + 1);
+    pDate->dayOfYear = static_cast<std::int16_t>(civil.dayOfYear + 1);
+    pDate->weekOfYear = static_cast<std::int16_t>((civil.dayOfYear + 6 - weekday) / 7 + 1);
+    pDate->pm = pDate->hour >= 12 ? 1 : 0;
+}
+
+void LongDateToSeconds(const LongDateRec* pDate, LongDateTime* pLocal) noexcept
+{
+    const std::int64_t days = Linux::DaysFromCivil(pDate->year, pDate->month, pDate->day);
+    *pLocal = ((days * 24 + pDate->hour) * 60 + pDate->minute) * 60 + pDate->second;
 }
 } // namespace Halyon
