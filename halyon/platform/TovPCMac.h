@@ -119,7 +119,7 @@ TovSleepProc TovSetSleepProc(TovSleepProc proc) noexcept;
 void TovTimeZoneChanged() noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------------
-// 16-bit text. Every text argument is zero-terminated and not null unless said otherwise.
+// 16-bit text. Every text argument is zero-terminated and not null unless said otherwise; it may lie at an odd address.
 // ---------------------------------------------------------------------------------------------------------------------
 
 // Length in units, without the terminator. [any]
@@ -188,9 +188,10 @@ struct TovFormatArgument
 
 // Formats into `buffer`, terminator always included; returns the length written, without it. What does not fit is cut
 // at the last whole character. The conversions are d i u x X o for integers and f F e E g G for doubles, with flags,
-// width and precision, and %%; the decimal point is "." in every locale. A format that asks for another conversion,
-// for one of the wrong kind, or for more arguments than there are, yields the empty text. An empty span is left alone.
-// [any]
+// width and precision (numbers, or `*` for the next argument), and %%; the decimal point is "." in every locale. An
+// integer has the size that it was passed with: h and hh cut it, l and ll are accepted and change nothing. A format
+// that asks for another conversion, for one of the wrong kind, or for more arguments than there are, yields the empty
+// text and 0. An empty span is left alone. `format` is at an even address. [any]
 int TovFormat(std::span<char16_t> buffer, const char16_t* format,
               std::span<const TovFormatArgument> arguments) noexcept;
 
@@ -210,7 +211,8 @@ int tov_swprintf(char16_t (&buffer)[N], const char16_t* format, Arguments... arg
 }
 
 // Converts to UTF-8, without a terminator. An unpaired surrogate becomes U+FFFD. Returns the number of bytes that the
-// whole text takes; writes only when that is at most `uSize`, so (nullptr, 0) asks for the size. [any]
+// whole text takes; writes only when that is at most `uSize`, so (nullptr, 0) asks for the size. No text is too long;
+// with room for three bytes a unit it is not measured first. [any]
 std::size_t TovTextToUTF8(const char16_t* text, std::size_t uLength, char* buffer, std::size_t uSize) noexcept;
 
 // Converts from UTF-8, without a terminator. Each maximal ill-formed sequence becomes U+FFFD. Returns the number of

@@ -16,6 +16,9 @@
 #include <emmintrin.h>
 #endif
 
+// Steps are passed within one source only, so how a processor without vectors passes them is of no matter.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 namespace Halyon
 {
 inline constexpr std::size_t kStepUnits = 8;

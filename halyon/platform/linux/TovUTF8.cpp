@@ -44,14 +44,48 @@ void WriteASCII(const char16_t* text, std::size_t& i, std::size_t length, std::u
         const TextStep units = LoadStep(text + i);
         const ByteStep bytes = __builtin_convertvector(units, ByteStep);
         std::memcpy(out, &bytes, sizeof bytes);
-        const std::size_t ascii = FirstLane(LaneBits(units >= 0x80) | (1u << (2 * kStepUnits)));
-        i += ascii;
-        out += ascii;
-        if (ascii != kStepUnits)
+        if (const std::uint32_t others = LaneBits(units >= 0x80); others != 0)
+        {
+            i += FirstLane(others);
+            out += FirstLane(others);
             return;
+        }
+        i += kStepUnits;
+        out += kStepUnits;
     }
     for (char16_t unit = 0; i < length && (unit = LoadUnit(text + i)) < 0x80; ++i)
         *out++ = static_cast<std::uint8_t>(unit);
+}
+
+// Writes the code points from `text[i]` on up to the next run of ASCII; one alone (a separator) is no run.
+void WriteOthers(const char16_t* text, std::size_t& i, std::size_t length, std::uint8_t*& out) noexcept
+{
+    while (i < length)
+    {
+        const char32_t unit = LoadUnit(text + i);
+        std::size_t n = 0;
+        if (unit < 0x80)
+        {
+            if (i + 1 < length && LoadUnit(text + i + 1) < 0x80)
+                return;
+            out[n++] = static_cast<std::uint8_t>(unit);
+            ++i;
+        }
+        else if (unit >= 0x800 && !U16_IS_SURROGATE(unit)) // most of what is not ASCII
+        {
+            out[0] = static_cast<std::uint8_t>(0xE0 | (unit >> 12));
+            out[1] = static_cast<std::uint8_t>(0x80 | ((unit >> 6) & 0x3F));
+            out[2] = static_cast<std::uint8_t>(0x80 | (unit & 0x3F));
+            n = 3;
+            ++i;
+        }
+        else
+        {
+            const char32_t c = NextCodePoint(text, i, length);
+            U8_APPEND_UNSAFE(out, n, c);
+        }
+        out += n;
+    }
 }
 
 // Returns the end of what it wrote.
@@ -60,13 +94,7 @@ std::uint8_t* WriteUTF8(const char16_t* text, std::size_t length, std::uint8_t* 
     for (std::size_t i = 0; i < length;)
     {
         WriteASCII(text, i, length, out);
-        while (i < length && LoadUnit(text + i) >= 0x80)
-        {
-            const char32_t c = NextCodePoint(text, i, length);
-            std::size_t n = 0;
-            U8_APPEND_UNSAFE(out, n, c);
-            out += n;
-        }
+        WriteOthers(text, i, length, out);
     }
     return out;
 }
@@ -101,6 +129,22 @@ std::size_t SizeAsUTF8(const char16_t* text, std::size_t length) noexcept
     return size;
 }
 
+// The code point at `text[i]`; a maximal ill-formed sequence is U+FFFD. Moves `i` past it.
+char32_t NextCodePoint(const std::uint8_t* text, std::size_t& i, std::size_t length) noexcept
+{
+    const std::uint32_t first = text[i];
+    if (length - i >= 3 && first >= 0xE1 && first <= 0xEC && (text[i + 1] & 0xC0) == 0x80 &&
+        (text[i + 2] & 0xC0) == 0x80) // most of what is not ASCII
+    {
+        const char32_t c = (first & 0xFu) << 12 | (text[i + 1] & 0x3Fu) << 6 | (text[i + 2] & 0x3Fu);
+        i += 3;
+        return c;
+    }
+    char32_t c = 0;
+    U8_NEXT_OR_FFFD(text, i, length, c);
+    return c;
+}
+
 // Counts the units of the text, and writes them where there is something to write to.
 template <bool kWrite>
 std::size_t ReadUTF8(const std::uint8_t* text, std::size_t length, char16_t* out) noexcept
@@ -124,8 +168,7 @@ std::size_t ReadUTF8(const std::uint8_t* text, std::size_t length, char16_t* out
         }
         do
         {
-            char32_t c = 0;
-            U8_NEXT_OR_FFFD(text, i, length, c);
+            const char32_t c = NextCodePoint(text, i, length);
             if constexpr (kWrite)
                 U16_APPEND_UNSAFE(out, count, c);
             else
