@@ -2,30 +2,35 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <new>
+#include <utility>
 
 using Halyon::CFStringRef;
 using Halyon::FSRef;
 
 namespace
 {
-constexpr std::int64_t kMaxLength = (std::numeric_limits<std::int32_t>::max() - std::int64_t{sizeof(CTovStringWData)}) /
-                                        std::int64_t{sizeof(char16_t)} -
-                                    1;
+constexpr int kMaxLength = std::numeric_limits<int>::max();
+
+// Texts up to this many bytes are converted by way of the stack, in one pass.
+constexpr std::size_t kLocalBytes = 512;
 
 void CopyUnits(char16_t* dest, const char16_t* src, int count) noexcept
 {
     std::memcpy(dest, src, static_cast<std::size_t>(count) * sizeof(char16_t));
 }
 
-// A length as the headers hold it; texts beyond that are refused as if there were no memory.
+// A length as the headers hold it, or -1: longer texts are refused as if there were no memory.
+int LengthOf(std::size_t length) noexcept
+{
+    return length <= std::size_t{kMaxLength} ? static_cast<int>(length) : -1;
+}
+
 int LengthOf(const char16_t* psz) noexcept
 {
-    if (psz == nullptr)
-        return 0;
-    const std::size_t length = tov_wcslen(psz);
-    return length <= static_cast<std::size_t>(kMaxLength) ? static_cast<int>(length) : -1;
+    return psz != nullptr ? LengthOf(tov_wcslen(psz)) : 0;
 }
 } // namespace
 
@@ -36,30 +41,18 @@ CTovStringW::CTovStringW(const char16_t* psz) noexcept : CTovStringW()
         CopyUnits(m_pText, psz, length);
 }
 
-CTovStringW::CTovStringW(const CTovStringW& src) noexcept : CTovStringW()
-{
-    CTovStringWData* data = src.GetData();
-    if (data->nRefCount < 0)
-    {
-        AssignCopy(data->nLength, src.m_pText);
-        return;
-    }
-    m_pText = src.m_pText;
-    Halyon::IncrementAtomic(&data->nRefCount);
-}
-
 CTovStringW::CTovStringW(CFStringRef str) noexcept : CTovStringW()
 {
     const Halyon::CFIndex length = CFStringGetLength(str);
-    if (length != 0 && length <= kMaxLength && AllocBuffer(static_cast<int>(length)) != 0)
+    if (length > 0 && length <= kMaxLength && AllocBuffer(static_cast<int>(length)) != 0)
         CFStringGetCharacters(str, {0, length}, m_pText);
 }
 
 CTovStringW::CTovStringW(std::u16string_view text) noexcept : CTovStringW()
 {
-    if (!text.empty() && text.size() <= static_cast<std::size_t>(kMaxLength) &&
-        AllocBuffer(static_cast<int>(text.size())) != 0)
-        CopyUnits(m_pText, text.data(), GetLength());
+    const int length = LengthOf(text.size());
+    if (length > 0 && AllocBuffer(length) != 0)
+        CopyUnits(m_pText, text.data(), length);
 }
 
 // Equal text pointers are the test for the same block, the string itself included.
@@ -69,26 +62,15 @@ CTovStringW& CTovStringW::operator=(const CTovStringW& src) noexcept
     if (m_pText == src.m_pText)
         return *this;
     CTovStringWData* data = src.GetData();
-    const bool locked = GetData()->nRefCount < 0 && GetData() != tovtmpDataNilW;
-    if (locked || data->nRefCount < 0)
+    const bool locked = CountOf(GetData()) < 0 && GetData() != tovtmpDataNilW;
+    if (locked || CountOf(data) < 0)
     {
         AssignCopy(data->nLength, src.m_pText);
         return *this;
     }
+    Halyon::IncrementAtomic(&data->nRefCount);
     Release();
     m_pText = src.m_pText;
-    Halyon::IncrementAtomic(&data->nRefCount);
-    return *this;
-}
-
-CTovStringW& CTovStringW::operator=(CTovStringW&& src) noexcept
-{
-    if (this != &src)
-    {
-        Release();
-        m_pText = src.m_pText;
-        src.m_pText = tovtmpPchNilW;
-    }
     return *this;
 }
 
@@ -117,24 +99,32 @@ CTovStringW operator+(const CTovStringW& a, const CTovStringW& b) noexcept
     return result;
 }
 
+CTovStringW operator+(const CTovStringW& a, const char16_t* b) noexcept
+{
+    CTovStringW result;
+    result.ConcatCopy(a.GetLength(), a.m_pText, LengthOf(b), b);
+    return result;
+}
+
+CTovStringW operator+(const char16_t* a, const CTovStringW& b) noexcept
+{
+    CTovStringW result;
+    result.ConcatCopy(LengthOf(a), a, b.GetLength(), b.m_pText);
+    return result;
+}
+
 CTovStringW CTovStringW::Mid(int nFirst, int nCount) const noexcept
 {
-    const std::int64_t length = GetLength();
-    const std::int64_t first = nFirst < 0 ? 0 : nFirst;
-    std::int64_t count = nCount < 0 ? 0 : nCount;
-    if (first > length)
-        count = 0;
-    else if (first + count > length)
-        count = length - first;
+    const int first = std::clamp(nFirst, 0, GetLength());
     CTovStringW result;
-    AllocCopy(result, static_cast<int>(count), static_cast<int>(first), 0);
+    AllocCopy(result, std::clamp(nCount, 0, GetLength() - first), first, 0);
     return result;
 }
 
 CTovStringW CTovStringW::Mid(int nFirst) const noexcept
 {
     const std::int64_t count = std::int64_t{GetLength()} - nFirst;
-    return Mid(nFirst, static_cast<int>(std::min<std::int64_t>(count, std::numeric_limits<int>::max())));
+    return Mid(nFirst, static_cast<int>(std::min<std::int64_t>(count, kMaxLength)));
 }
 
 CTovStringW CTovStringW::Left(int nCount) const noexcept
@@ -146,7 +136,7 @@ CTovStringW CTovStringW::Left(int nCount) const noexcept
 
 int CTovStringW::FindOneOf(const char16_t* pszCharSet) const noexcept
 {
-    const char16_t* found = _cstrpbrk(m_pText, pszCharSet);
+    const char16_t* found = pszCharSet != nullptr ? _cstrpbrk(m_pText, pszCharSet) : nullptr;
     return found != nullptr ? static_cast<int>(found - m_pText) : -1;
 }
 
@@ -166,12 +156,13 @@ const char16_t* CTovStringW::_cstrpbrk(const char16_t* str, const char16_t* set)
 void CTovStringW::TrimLeft() noexcept
 {
     CopyBeforeWrite();
-    CTovStringWData* data = GetData();
     int skipped = 0;
     while (tov_iswspace(m_pText[skipped]) != 0)
         ++skipped;
-    data->nLength -= skipped;
-    std::memmove(m_pText, m_pText + skipped, (static_cast<std::size_t>(data->nLength) + 1) * sizeof(char16_t));
+    const int length = GetLength() - skipped;
+    if (skipped != 0)
+        std::memmove(m_pText, m_pText + skipped, static_cast<std::size_t>(length) * sizeof(char16_t));
+    SetLength(length);
 }
 
 void CTovStringW::TrimRight() noexcept
@@ -180,8 +171,7 @@ void CTovStringW::TrimRight() noexcept
     int length = GetLength();
     while (length > 0 && tov_iswspace(m_pText[length - 1]) != 0)
         --length;
-    GetData()->nLength = length;
-    m_pText[length] = 0;
+    SetLength(length);
 }
 
 CFStringRef CTovStringW::StringRef() const noexcept
@@ -209,20 +199,40 @@ bool CTovStringW::MakeFSRef(FSRef* ref) const noexcept
 
 std::string CTovStringW::ToUTF8() const
 {
-    const auto length = static_cast<std::size_t>(GetLength());
-    std::string text(TovTextToUTF8(m_pText, length, nullptr, 0), '\0');
-    TovTextToUTF8(m_pText, length, text.data(), text.size());
+    const std::u16string_view units = View();
+    char local[kLocalBytes];
+    const std::size_t bytes = TovTextToUTF8(units.data(), units.size(), local, sizeof local);
+    if (bytes <= sizeof local)
+        return {local, bytes};
+    std::string text(bytes, '\0');
+    TovTextToUTF8(units.data(), units.size(), text.data(), text.size());
     return text;
 }
 
 CTovStringW CTovStringW::FromUTF8(std::string_view text) noexcept
 {
+    char16_t local[kLocalBytes];
+    const std::size_t units = TovTextFromUTF8(text.data(), text.size(), local, std::size(local));
+    if (units <= std::size(local))
+        return CTovStringW(std::u16string_view(local, units));
     CTovStringW result;
-    const std::size_t length = TovTextFromUTF8(text.data(), text.size(), nullptr, 0);
-    if (length != 0 && length <= static_cast<std::size_t>(kMaxLength) &&
-        result.AllocBuffer(static_cast<int>(length)) != 0)
-        TovTextFromUTF8(text.data(), text.size(), result.m_pText, length);
+    const int length = LengthOf(units);
+    if (length > 0 && result.AllocBuffer(length) != 0)
+        TovTextFromUTF8(text.data(), text.size(), result.m_pText, units);
     return result;
+}
+
+std::strong_ordering CTovStringW::Compare(std::u16string_view a, std::u16string_view b) noexcept
+{
+    // Texts that are sorted tend to begin alike: paths of one folder, names of one series.
+    constexpr std::size_t kStep = 8;
+    const std::size_t common = std::min(a.size(), b.size());
+    std::size_t i = 0;
+    while (i + kStep <= common && std::memcmp(a.data() + i, b.data() + i, kStep * sizeof(char16_t)) == 0)
+        i += kStep;
+    while (i < common && a[i] == b[i])
+        ++i;
+    return i < common ? a[i] <=> b[i] : a.size() <=> b.size();
 }
 
 int CTovStringW::AllocBuffer(int nLen) noexcept
@@ -232,7 +242,7 @@ int CTovStringW::AllocBuffer(int nLen) noexcept
         m_pText = tovtmpPchNilW;
         return 1;
     }
-    if (nLen > kMaxLength)
+    if (nLen < 0)
         return 0;
     const std::size_t bytes = sizeof(CTovStringWData) + (static_cast<std::size_t>(nLen) + 1) * sizeof(char16_t);
     auto* block = new (std::nothrow) char[bytes];
@@ -244,10 +254,14 @@ int CTovStringW::AllocBuffer(int nLen) noexcept
     return 1;
 }
 
+bool CTovStringW::FitsInPlace(std::int64_t nLen) const noexcept
+{
+    return CountOf(GetData()) < 2 && nLen <= GetData()->nCapacity;
+}
+
 int CTovStringW::AllocBeforeWrite(int nLen) noexcept
 {
-    const CTovStringWData* data = GetData();
-    if (data->nRefCount < 2 && nLen <= data->nCapacity)
+    if (FitsInPlace(nLen))
         return 1;
     Release();
     return AllocBuffer(nLen);
@@ -255,32 +269,39 @@ int CTovStringW::AllocBeforeWrite(int nLen) noexcept
 
 void CTovStringW::AssignCopy(int nSrcLen, const char16_t* src) noexcept
 {
+    // A block that makes way is kept until the copy is made: `src` may lie in it.
+    CTovStringW old;
+    if (!FitsInPlace(nSrcLen))
+        std::swap(m_pText, old.m_pText);
     if (AllocBeforeWrite(nSrcLen) == 0)
         return;
-    if (nSrcLen != 0)
+    if (nSrcLen > 0)
         std::memmove(m_pText, src, static_cast<std::size_t>(nSrcLen) * sizeof(char16_t));
-    GetData()->nLength = nSrcLen;
-    m_pText[nSrcLen] = 0;
+    SetLength(nSrcLen);
+}
+
+// As the assignment of plain text does it, so only up to the first zero unit.
+void CTovStringW::CopyLocked() noexcept
+{
+    const char16_t* text = std::exchange(m_pText, tovtmpPchNilW);
+    *this = text;
 }
 
 void CTovStringW::AllocCopy(CTovStringW& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const noexcept
 {
-    if (nCopyLen + nExtraLen == 0)
-    {
-        dest.m_pText = tovtmpPchNilW;
-        return;
-    }
-    if (dest.AllocBuffer(nCopyLen + nExtraLen) != 0)
+    const std::int64_t length = std::int64_t{nCopyLen} + nExtraLen;
+    if (length <= kMaxLength && dest.AllocBuffer(static_cast<int>(length)) != 0)
         CopyUnits(dest.m_pText, m_pText + nCopyIndex, nCopyLen);
 }
 
 void CTovStringW::ConcatCopy(int nSrc1Len, const char16_t* src1, int nSrc2Len, const char16_t* src2) noexcept
 {
     const std::int64_t length = std::int64_t{nSrc1Len} + nSrc2Len;
-    if (length == 0 || length > kMaxLength || AllocBuffer(static_cast<int>(length)) == 0)
+    if (nSrc1Len < 0 || nSrc2Len < 0 || length == 0 || length > kMaxLength ||
+        AllocBuffer(static_cast<int>(length)) == 0)
         return;
-    CopyUnits(m_pText, src1, nSrc1Len);
-    CopyUnits(m_pText + nSrc1Len, src2, nSrc2Len);
+    std::copy_n(src1, nSrc1Len, m_pText);
+    std::copy_n(src2, nSrc2Len, m_pText + nSrc1Len);
 }
 
 void CTovStringW::ConcatInPlace(int nSrcLen, const char16_t* src) noexcept
@@ -288,14 +309,14 @@ void CTovStringW::ConcatInPlace(int nSrcLen, const char16_t* src) noexcept
     if (nSrcLen == 0)
         return;
     CTovStringWData* data = GetData();
-    if (data->nRefCount < 2 && std::int64_t{data->nLength} + nSrcLen <= data->nCapacity)
+    const std::int64_t length = std::int64_t{data->nLength} + nSrcLen;
+    if (FitsInPlace(length))
     {
         CopyUnits(m_pText + data->nLength, src, nSrcLen);
-        data->nLength += nSrcLen;
-        m_pText[data->nLength] = 0;
+        SetLength(static_cast<int>(length));
         return;
     }
-    // The old block is let go only when the new one exists: `src` may lie in it.
+    // The old block goes only when the new one exists: `src` may lie in it, and without a new one it stays in use.
     ConcatCopy(data->nLength, m_pText, nSrcLen, src);
     if (GetData() != data)
         Release(data);
@@ -304,13 +325,12 @@ void CTovStringW::ConcatInPlace(int nSrcLen, const char16_t* src) noexcept
 void CTovStringW::CopyBeforeWrite() noexcept
 {
     CTovStringWData* data = GetData();
-    if (data->nRefCount < 2)
+    if (CountOf(data) < 2)
         return;
     // Copied before the count is given back: until then no other thread can free the block.
-    const char16_t* text = m_pText;
-    m_pText = tovtmpPchNilW;
+    const char16_t* text = std::exchange(m_pText, tovtmpPchNilW);
     if (AllocBuffer(data->nLength) != 0)
-        CopyUnits(m_pText, text, data->nLength + 1);
+        CopyUnits(m_pText, text, data->nLength);
     Release(data);
 }
 
@@ -321,10 +341,11 @@ void CTovStringW::Release() noexcept
     Release(data);
 }
 
-void CTovStringW::Release(CTovStringWData* data) noexcept
+// The empty block belongs to every thread: where it is in order already it is only read.
+void CTovStringW::SetLength(int nLen) noexcept
 {
-    if (data == tovtmpDataNilW)
-        return;
-    if (Halyon::DecrementAtomic(&data->nRefCount) - 1 <= 0)
-        delete[] reinterpret_cast<char*>(data);
+    if (GetData()->nLength != nLen)
+        GetData()->nLength = nLen;
+    if (m_pText[nLen] != 0)
+        m_pText[nLen] = 0;
 }

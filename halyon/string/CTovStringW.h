@@ -19,11 +19,16 @@
 // thrown and nothing is reported. A caller that must know compares the length. ToUTF8 alone throws, as its result does.
 #pragma once
 
+#include <atomic>
 #include <compare>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <halyon/platform/CoreFoundation.h>
 #include <halyon/platform/FileManager.h>
@@ -39,10 +44,17 @@ public:
     // A copy of a zero-terminated text; null counts as empty.
     CTovStringW(const char16_t* psz) noexcept;
 
-    // Shares the block of `src`, or copies it when it is locked.
-    CTovStringW(const CTovStringW& src) noexcept;
+    // Shares the block of `src`. A locked block is copied instead, up to its first zero unit.
+    CTovStringW(const CTovStringW& src) noexcept : m_pText(src.m_pText)
+    {
+        CTovStringWData* data = GetData();
+        if (CountOf(data) >= 0)
+            Halyon::IncrementAtomic(&data->nRefCount);
+        else if (data != tovtmpDataNilW)
+            CopyLocked();
+    }
 
-    // Takes over the block of `src`, which is empty afterwards.
+    // Takes over the block of `src`, locked or not; `src` is empty afterwards.
     CTovStringW(CTovStringW&& src) noexcept : m_pText(src.m_pText) { src.m_pText = tovtmpPchNilW; }
 
     // A copy of a platform text; null counts as empty. The caller keeps its reference.
@@ -53,19 +65,33 @@ public:
 
     ~CTovStringW() { Release(GetData()); }
 
-    // Shares the block of `src`, or copies when this string's block or that of `src` is locked. [any]
+    // Shares the block of `src`. When this string's block or that of `src` is locked, and when `src` is empty, the
+    // characters are copied as by the assignment below. [any]
     CTovStringW& operator=(const CTovStringW& src) noexcept;
-    CTovStringW& operator=(CTovStringW&& src) noexcept;
 
-    // Copies a zero-terminated text into this string's own block when it is not shared and large enough, else into a
-    // new one; null counts as empty. Requires: `psz` does not point into this string, unless it is its beginning. [any]
+    // The same, and what would be shared is taken over: `src` is empty afterwards, or unchanged where it was copied.
+    // [any]
+    CTovStringW& operator=(CTovStringW&& src) noexcept
+    {
+        CTovStringWData* data = GetData();
+        if (m_pText == src.m_pText || CountOf(src.GetData()) < 0 || (CountOf(data) < 0 && data != tovtmpDataNilW))
+            return *this = std::as_const(src);
+        m_pText = std::exchange(src.m_pText, tovtmpPchNilW);
+        Release(data);
+        return *this;
+    }
+
+    // Copies a zero-terminated text, which may be this string's own or a part of it; null counts as empty. The block is
+    // kept when it is not shared and large enough, with its capacity, else a new one takes its place. [any]
     CTovStringW& operator=(const char16_t* psz) noexcept;
 
     // Appends a zero-terminated text, which may be this string's own; null counts as empty. [any]
     CTovStringW& operator+=(const char16_t* psz) noexcept;
 
-    // The one followed by the other, zero units included. [any]
+    // The one followed by the other, zero units of strings included; a null pointer counts as empty. [any]
     friend CTovStringW operator+(const CTovStringW& a, const CTovStringW& b) noexcept;
+    friend CTovStringW operator+(const CTovStringW& a, const char16_t* b) noexcept;
+    friend CTovStringW operator+(const char16_t* a, const CTovStringW& b) noexcept;
 
     // Length in units. [any]
     [[nodiscard]] int GetLength() const noexcept { return GetData()->nLength; }
@@ -81,26 +107,35 @@ public:
         return m_pText[nIndex];
     }
 
-    // The units, without the terminator, as a range and as a view. [any]
+    // The units, without the terminator, as a range and as a view. Valid until the string is changed or destroyed.
+    // [any]
     [[nodiscard]] const char16_t* begin() const noexcept { return m_pText; }
     [[nodiscard]] const char16_t* end() const noexcept { return m_pText + GetLength(); }
     [[nodiscard]] std::u16string_view View() const noexcept { return {m_pText, static_cast<std::size_t>(GetLength())}; }
+    operator std::u16string_view() const noexcept { return View(); }
 
-    // Comparison by code units, over the whole length. [any]
-    friend bool operator==(const CTovStringW& a, const CTovStringW& b) noexcept { return a.View() == b.View(); }
-    friend bool operator==(const CTovStringW& a, const char16_t* b) noexcept { return a.View() == ViewOf(b); }
-    friend bool operator==(const CTovStringW& a, std::u16string_view b) noexcept { return a.View() == b; }
+    // Comparison by code units, over the whole length; a null pointer counts as empty. [any]
+    friend bool operator==(const CTovStringW& a, const CTovStringW& b) noexcept
+    {
+        return a.m_pText == b.m_pText || a == b.View();
+    }
+    friend bool operator==(const CTovStringW& a, const char16_t* b) noexcept { return a == ViewOf(b); }
+    friend bool operator==(const CTovStringW& a, std::u16string_view b) noexcept
+    {
+        return a.View().size() == b.size() &&
+               (b.empty() || std::memcmp(a.m_pText, b.data(), b.size() * sizeof(char16_t)) == 0);
+    }
     friend std::strong_ordering operator<=>(const CTovStringW& a, const CTovStringW& b) noexcept
     {
-        return a.View() <=> b.View();
+        return Compare(a.View(), b.View());
     }
     friend std::strong_ordering operator<=>(const CTovStringW& a, const char16_t* b) noexcept
     {
-        return a.View() <=> ViewOf(b);
+        return Compare(a.View(), ViewOf(b));
     }
     friend std::strong_ordering operator<=>(const CTovStringW& a, std::u16string_view b) noexcept
     {
-        return a.View() <=> b;
+        return Compare(a.View(), b);
     }
 
     // The units from `nFirst` on, at most `nCount`; arguments out of range are clamped. The result never shares this
@@ -113,7 +148,8 @@ public:
     // The first `nCount` units, clamped; a block of its own, as with Mid. [any]
     [[nodiscard]] CTovStringW Left(int nCount) const noexcept;
 
-    // Position of the first unit that occurs in `pszCharSet`, or -1. Units are compared exactly. [any]
+    // Position of the first unit, before any zero unit, that occurs in `pszCharSet`; -1 when there is none. Null counts
+    // as no unit. Units are compared exactly. [any]
     [[nodiscard]] int FindOneOf(const char16_t* pszCharSet) const noexcept;
 
     // The first unit of `str` that equals any unit of `set`, or null when `str` ends first. [any]
@@ -141,34 +177,65 @@ public:
     [[nodiscard]] static CTovStringW FromUTF8(std::string_view text) noexcept;
 
 protected:
-    // Blocks. The int results are 1 for success and 0 for no memory.
+    // Blocks. A block is one array new[] of exactly the header, its units and a terminator. A negative count locks it:
+    // it is written in place by its one string and copied by all others. The int results are 1 for success, 0 for no
+    // memory.
 
-    // Points at a fresh block of `nLen` units, or at the empty block for 0; what was held is not released.
+    // Points at a fresh block of `nLen` units, or at the empty block for 0; what was held is not released. After a
+    // failure nothing has changed.
     int AllocBuffer(int nLen) noexcept;
     // Makes the block ready for `nLen` units of new text: kept when it is unshared and large enough, else replaced.
+    // After a failure the string is empty.
     int AllocBeforeWrite(int nLen) noexcept;
+    // `src` may lie in this string's own block.
     void AssignCopy(int nSrcLen, const char16_t* src) noexcept;
     // Requires: `dest` is empty.
     void AllocCopy(CTovStringW& dest, int nCopyLen, int nCopyIndex, int nExtraLen) const noexcept;
     // What was held is not released.
     void ConcatCopy(int nSrc1Len, const char16_t* src1, int nSrc2Len, const char16_t* src2) noexcept;
+    // `src` may lie in this string's own text. After a failure nothing has changed.
     void ConcatInPlace(int nSrcLen, const char16_t* src) noexcept;
-    // Detaches from a shared block; a locked block is written in place.
+    // Detaches from a shared block; the new one has no spare capacity. After a failure the string is empty.
     void CopyBeforeWrite() noexcept;
     // Lets go of the block and becomes empty.
     void Release() noexcept;
-    static void Release(CTovStringWData* data) noexcept;
+    static void Release(CTovStringWData* data) noexcept
+    {
+        if (data == tovtmpDataNilW)
+            return;
+        // Who sees itself as the only owner need not count down: nobody else holds the block.
+        if (CountOf(data) <= 1 || Halyon::DecrementAtomic(&data->nRefCount) <= 1)
+            delete[] reinterpret_cast<char*>(data);
+    }
 
     // The header of the block.
     [[nodiscard]] CTovStringWData* GetData() const noexcept { return reinterpret_cast<CTovStringWData*>(m_pText) - 1; }
 
+    char16_t* m_pText; // never null
+
 private:
+    // The count as it is now. What others did with the block before they let go of it has happened before.
+    [[nodiscard]] static std::int32_t CountOf(CTovStringWData* data) noexcept
+    {
+        return std::atomic_ref(data->nRefCount).load(std::memory_order_acquire);
+    }
     [[nodiscard]] static std::u16string_view ViewOf(const char16_t* psz) noexcept
     {
         return psz == nullptr ? std::u16string_view() : std::u16string_view(psz, tov_wcslen(psz));
     }
-
-    char16_t* m_pText; // never null
+    [[nodiscard]] static std::strong_ordering Compare(std::u16string_view a, std::u16string_view b) noexcept;
+    [[nodiscard]] bool FitsInPlace(std::int64_t nLen) const noexcept;
+    void CopyLocked() noexcept;
+    void SetLength(int nLen) noexcept;
 };
 
 static_assert(sizeof(CTovStringW) == sizeof(void*));
+
+template <>
+struct std::hash<CTovStringW>
+{
+    std::size_t operator()(const CTovStringW& text) const noexcept
+    {
+        return std::hash<std::u16string_view>()(text.View());
+    }
+};
