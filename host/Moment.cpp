@@ -3,7 +3,6 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <ctime>
 
 #include <halyon/platform/DateTimeUtils.h>
 #include <halyon/tools/CHynPubTools.h>
@@ -53,16 +52,6 @@ std::optional<Halyon::LongDateTime> WallClock(std::string_view date) noexcept
     return Halyon::kSecondsFrom1904To1970 + midnight.count() + (hour * 60LL + minute) * 60 + second;
 }
 
-// The moment at which a local clock shows that; the earlier one of two.
-double LocalToUTC(Halyon::LongDateTime wallClock)
-{
-    const time_t seconds = wallClock - Halyon::kSecondsFrom1904To1970;
-    tm fields = {};
-    gmtime_r(&seconds, &fields);
-    fields.tm_isdst = -1;
-    return static_cast<double>(mktime(&fields)) - kSecondsFrom1970To2001;
-}
-
 // Seconds east of UTC of "+HH:MM".
 std::optional<int> Offset(std::string_view text) noexcept
 {
@@ -106,8 +95,8 @@ std::optional<FILETIME> MomentFromExif(std::string_view date, std::string_view s
     double seconds = 0;
     if (const auto east = Offset(offset); east)
         seconds = static_cast<double>(*wallClock - *east - Halyon::kSecondsFrom1904To2001);
-    else
-        seconds = LocalToUTC(*wallClock);
+    else if (Halyon::UCConvertLongDateTimeToCFAbsoluteTime(*wallClock, &seconds) != Halyon::noErr)
+        return std::nullopt;
     FILETIME moment{};
     Halyon::CHynPubTools::ConvertToFileTime(&moment, seconds + SubSecond(subSecond));
     return moment;

@@ -11,6 +11,7 @@
 
 #include <unistd.h>
 
+#include <halyon/platform/TovPCMac.h>
 #include <halyon/tools/CHynPubTools.h>
 #include <host/FileBytes.h>
 #include <host/Moment.h>
@@ -23,6 +24,7 @@ using namespace std::string_literals;
 TEST(HostMoment, ReadsWhatCamerasWriteInTheirZoneOrTheLocalOne)
 {
     setenv("TZ", "JST-9", 1);
+    TovTimeZoneChanged();
     constexpr double kNoon = 731419200; // 2024-03-06 12:00:00 UTC
     constexpr double kNoDate = -1;
     const struct
@@ -55,6 +57,7 @@ TEST(HostMoment, ReadsWhatCamerasWriteInTheirZoneOrTheLocalOne)
             << date << ' ' << subSecond << ' ' << offset;
     }
     unsetenv("TZ");
+    TovTimeZoneChanged();
 }
 
 namespace
