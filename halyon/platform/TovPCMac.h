@@ -55,7 +55,8 @@ inline constexpr std::int32_t kTovForever = -1;
 
 // Signals the event: one waiting thread goes on; when none waits, the next that does. Each signal lets exactly one wait
 // end, but at most one is kept while nobody waits. What the caller did before is seen by the thread that goes on. On a
-// closed event or 0 nothing happens. Returns 0, or non-zero when there is no such event. [any]
+// closed event or 0 nothing happens. Returns 0, or non-zero when there is no such event. A signal handler may call it.
+// [any]
 int TovSetEvent(TovEventRef event) noexcept;
 
 // Waits, asleep, for the signal and takes it; at most `nMilliseconds`, or without limit for kTovForever. Returns 0 when

@@ -16,6 +16,13 @@ namespace
 // Set beside the owner's identifier when somebody may be asleep on the word. Identifiers have at most 22 bits.
 constexpr std::uint32_t kHasWaiters = 0x80000000u;
 
+// True while the process has one thread, so that nobody can come between a load and a store. The C library ends that
+// before a second thread begins, and the second thread sees what the first has stored until then.
+bool IsAlone() noexcept
+{
+    return __libc_single_threaded != 0;
+}
+
 // Apart, so that the way in without contention stays short.
 [[gnu::noinline]] void EnterContended(std::uint32_t* word, std::uint32_t self) noexcept
 {
@@ -59,17 +66,20 @@ void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept
 {
     const std::uint32_t self = Halyon::Linux::ThreadID();
     const std::atomic_ref owner(pSection->uOwner);
-    std::uint32_t seen = owner.load(std::memory_order_relaxed);
-    // While the process has one thread, nobody can come between a load and a store. The C library says so, and ends it
-    // before another thread begins, which then sees what was stored.
-    if (seen == 0 && __libc_single_threaded != 0)
+    std::uint32_t seen = 0;
+    if (IsAlone())
     {
-        owner.store(self, std::memory_order_relaxed);
+        seen = owner.load(std::memory_order_relaxed);
+        if (seen == 0)
+        {
+            owner.store(self, std::memory_order_relaxed);
+            return;
+        }
+    }
+    else if (owner.compare_exchange_strong(seen, self, std::memory_order_acquire, std::memory_order_relaxed))
+    {
         return;
     }
-    seen = 0;
-    if (owner.compare_exchange_strong(seen, self, std::memory_order_acquire, std::memory_order_relaxed))
-        return;
     if ((seen & ~kHasWaiters) == self)
     {
         ++pSection->uDepth;
@@ -86,7 +96,7 @@ void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept
         return;
     }
     const std::atomic_ref owner(pSection->uOwner);
-    if (__libc_single_threaded != 0)
+    if (IsAlone())
     {
         owner.store(0, std::memory_order_relaxed);
         return;

@@ -17,8 +17,8 @@
 namespace Halyon::Linux
 {
 // What the word of a slot holds, from the lowest bit: signals (20 bits), generation (24), threads that use the slot
-// (20). The generation is odd while the handle is open. Signals and the low part of the generation share the half on
-// which the kernel waits, so a signal and the closing both wake it.
+// (20, more than a process can have). The generation is odd while the handle is open. Signals and the low part of the
+// generation share the half on which the kernel waits, so a signal and the closing both wake it.
 namespace SlotState
 {
 inline constexpr std::uint64_t kSignal = 1;
