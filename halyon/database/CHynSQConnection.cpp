@@ -52,8 +52,8 @@ HynResult CHynSQConnection::Connect(const char16_t* path, const char16_t* second
     if (path == nullptr || second == nullptr || third == nullptr)
         return HYN_E_FAIL;
 
-    // The map is the only record of being connected.
-    if (!m_handles.empty())
+    // The map is the only record of being connected. Other threads may be adding their handles to it right now.
+    if (m_uHandles.load(std::memory_order_acquire) != 0)
     {
         const bool known = tov_wcscmpi(path, m_strPath) == 0 || tov_wcscmpi(second, m_strSecond) == 0 ||
                            tov_wcscmpi(third, m_strThird) == 0;
@@ -80,6 +80,7 @@ HynResult CHynSQConnection::DisConnect()
             CloseHandle(handle.pDatabase);
     }
     m_handles.clear();
+    m_uHandles.store(0, std::memory_order_relaxed);
     return HYN_S_OK;
 }
 
@@ -157,6 +158,7 @@ sqlite3* CHynSQConnection::FindCreateConnection() noexcept
     try
     {
         m_handles.insert_or_assign(threadID, Handle{database, forkCount});
+        m_uHandles.store(m_handles.size(), std::memory_order_release);
     }
     catch (const std::bad_alloc&)
     {

@@ -4,9 +4,11 @@
 // declaration.
 //
 // Locks: the reference count has its own (CHynUnknown); `m_mapLock` guards the handle map inside FindCreateConnection.
-// Neither is ever held while the other is taken. DisConnect takes none: its caller guarantees that it is alone.
+// Neither is ever held while the other is taken. Connect and DisConnect take none: a Connect while connected reads
+// only what no longer changes, and the caller of the others guarantees that it is alone.
 #pragma once
 
+#include <atomic>
 #include <map>
 
 #include <halyon/database/IHynSQConnection.h>
@@ -57,4 +59,5 @@ private:
     CTovStringW m_strThird;
     std::map<std::uint32_t, Handle> m_handles; // by thread identifier; guarded by m_mapLock
     Halyon::CHynLock m_mapLock;
+    std::atomic<std::size_t> m_uHandles = 0; // the map's size, for Connect
 };
