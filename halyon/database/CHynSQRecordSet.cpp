@@ -15,11 +15,11 @@ namespace
 constexpr int kStepAttempts = 10000;
 constexpr std::uint32_t kStepRetryMilliseconds = 10;
 
-// Why a text column gave no text: it is NULL, or the engine had no memory to convert it.
-HynResult NoTextResult(sqlite3_stmt* statement) noexcept
+// Why the engine gave nothing: it had no memory to convert the column, or else the column is NULL or empty. A number
+// that could not be converted is NULL from then on, so only the handle's last error tells.
+bool NoMemory(sqlite3_stmt* statement) noexcept
 {
-    const bool noMemory = sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM;
-    return noMemory ? HYN_E_FAIL : HYN_E_SQNULLVALUE;
+    return sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM;
 }
 } // namespace
 
@@ -155,7 +155,7 @@ HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, char16_t* buffer, s
         return HYN_E_FAIL;
     const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(statement, index));
     if (text == nullptr)
-        return NoTextResult(statement);
+        return NoMemory(statement) ? HYN_E_FAIL : HYN_E_SQNULLVALUE;
     const std::size_t needed = tov_wcslen(text) + 1;
     if (needed > *length)
         return HYN_E_BUFFERTOOSMALL;
@@ -181,6 +181,8 @@ HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, void* buffer, std::
         return HYN_E_FAIL;
     // The UTF-16 size, deliberately: it turns a text column into UTF-16, which the blob call below then delivers.
     const auto size = static_cast<std::uint32_t>(sqlite3_column_bytes16(statement, index));
+    if (size == 0 && NoMemory(statement))
+        return HYN_E_FAIL;
     if (buffer == nullptr)
     {
         *length = size;
@@ -188,8 +190,12 @@ HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, void* buffer, std::
     }
     if (*length < size)
         return HYN_E_FAIL;
-    if (size != 0)
-        std::memcpy(buffer, sqlite3_column_blob(statement, index), size);
+    if (size == 0)
+        return HYN_S_OK;
+    const void* bytes = sqlite3_column_blob(statement, index);
+    if (bytes == nullptr)
+        return HYN_E_FAIL;
+    std::memcpy(buffer, bytes, size);
     return HYN_S_OK;
 }
 

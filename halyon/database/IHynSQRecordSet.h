@@ -55,11 +55,13 @@ public:
     virtual HynResult GetFieldValue(std::int32_t index, FILETIME* value) = 0;
     // Bytes; a text column gives its UTF-16 bytes without terminator. A null `buffer` asks for the size, which comes
     // back in `*length`. Else `*length` is the room in bytes and stays as it is. HYN_E_FAIL: the room is too small
-    // (not HYN_E_BUFFERTOOSMALL, deliberately), or `length` is null.
+    // (not HYN_E_BUFFERTOOSMALL, deliberately), `length` is null, or no memory.
     virtual HynResult GetFieldValue(const char16_t* name, void* buffer, std::uint32_t* length) = 0;
     virtual HynResult GetFieldValue(std::int32_t index, void* buffer, std::uint32_t* length) = 0;
 
     // 1 when there is no current row, else 0. [owner]
     virtual std::int32_t IsEof() = 0;
 };
+
+static_assert(sizeof(IHynSQRecordSet) == sizeof(void*));
 } // namespace Halyon
