@@ -35,6 +35,9 @@ public:
     virtual HynResult BindFieldValue(std::int32_t index, double value) = 0;
     // Zero-terminated text, which may be empty. It is not copied: it stays valid and unchanged until the statement has
     // run and the binding is replaced, or the command is prepared anew or gone.
+    // Unpaired surrogates come back as they went when the database holds UTF-16 text, which a new file does. When it
+    // holds UTF-8, and in SQL texts and names, the engine joins each with the unit that follows it, a closing quote
+    // too: bind such text, never write it into a statement.
     virtual HynResult BindFieldValue(std::int32_t index, const char16_t* value) = 0;
     // Stored as a double of seconds since 2001-01-01 UTC; null is stored as that moment (0.0), not as NULL.
     virtual HynResult BindFieldValue(std::int32_t index, FILETIME* value) = 0;
@@ -52,4 +55,6 @@ public:
     // [owner & prepared]
     virtual HynResult OpenRecordSet(IHynSQRecordSet** ppRecordSet) = 0;
 };
+
+static_assert(sizeof(IHynSQCommand) == sizeof(void*));
 } // namespace Halyon

@@ -8,6 +8,9 @@
 // option is set on a handle. A path may be anything that the engine opens, `file:` names included where the engine is
 // built for them.
 //
+// A process that is forked off opens handles of its own; what its parent had open it neither uses nor closes. Fork
+// while no statement runs and no transaction is open: the engine hands its notes on file locks down to the child.
+//
 // HYN_E_SQSTEP and the other codes of a failed statement come through unchanged from the command and the record set.
 #pragma once
 
@@ -25,7 +28,8 @@ public:
     // While connected it opens nothing: it succeeds when any one of the three equals its stored string without regard
     // to letter case, deliberately lenient, so that components may connect again without knowing each other's strings.
     // HYN_E_FAIL: a null argument; the file cannot be opened; connected already and all three differ; no memory.
-    // A failed open is remembered for the thread until DisConnect, deliberately: nothing tries again in between. [any]
+    // A failed open is remembered for the thread until DisConnect, deliberately: nothing tries again in between.
+    // [owner], and [any] while connected
     virtual HynResult Connect(const char16_t* path, const char16_t* second, const char16_t* third) = 0;
 
     // Closes the handles of all threads. Always HYN_S_OK. Requires: no other thread is using the connection. Statements
@@ -57,4 +61,6 @@ public:
     // Row id of the last insert made through the calling thread's handle; 0 without one. [any]
     virtual long long GetLastInsertID() = 0;
 };
+
+static_assert(sizeof(IHynSQConnection) == sizeof(void*));
 } // namespace Halyon

@@ -28,4 +28,7 @@ protected:
     // Not virtual, and not for callers: a reference is given back with Release.
     ~IHynUnknown() = default;
 };
+
+// A pointer to the table of operations and nothing else, in every interface.
+static_assert(sizeof(IHynUnknown) == sizeof(void*));
 } // namespace Halyon
