@@ -132,16 +132,23 @@ struct Logged
     }
 };
 
-TEST(AutoPtr, ReleasesTheOldBeforeItAddsToTheNew)
+class AutoPtr : public testing::Test
 {
-    std::string log;
-    Logged a{'a', log};
-    Logged b{'b', log};
-    const auto step = [&](const char* expected)
+protected:
+    // Checks what has happened since the last step.
+    void step(const char* expected)
     {
         EXPECT_EQ(log, expected);
         log.clear();
-    };
+    }
+
+    std::string log;
+    Logged a{'a', log};
+    Logged b{'b', log};
+};
+
+TEST_F(AutoPtr, ReleasesTheOldBeforeItAddsToTheNew)
+{
     {
         CHynAutoPtr<Logged> sp;
         sp = nullptr;
@@ -161,16 +168,8 @@ TEST(AutoPtr, ReleasesTheOldBeforeItAddsToTheNew)
     step("-a");
 }
 
-TEST(AutoPtr, CountsEachHolderOnce)
+TEST_F(AutoPtr, CountsEachHolderOnce)
 {
-    std::string log;
-    Logged a{'a', log};
-    Logged b{'b', log};
-    const auto step = [&](const char* expected)
-    {
-        EXPECT_EQ(log, expected);
-        log.clear();
-    };
     {
         CHynAutoPtr<Logged> first(&a);
         CHynAutoPtr<Logged> second(first);

@@ -1,0 +1,201 @@
+// Waiting for a database that others have locked.
+
+#include <ctime>
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/database/DatabaseTest.h"
+
+using namespace HalyonTest;
+
+namespace
+{
+constexpr std::uint64_t kStepSleep = 10'000;
+constexpr std::uint64_t kPrepareSleep = 2000;
+
+class Busy : public ConnectedTest
+{
+protected:
+    Busy()
+    {
+        EXPECT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
+        EXPECT_EQ(Run(u"INSERT INTO t VALUES (7)"), HYN_S_OK);
+    }
+    void Lock() const { ASSERT_EQ(m_other.Run("BEGIN EXCLUSIVE"), SQLITE_OK); }
+    void Unlock() const { ASSERT_EQ(m_other.Run("COMMIT"), SQLITE_OK); }
+
+    const Raw m_other{Path()};
+};
+
+TEST_F(Busy, StepTriesTenThousandTimesAndSleepsAfterEach)
+{
+    const CHynAutoPtr<CHynSQCommand> command = Prepare(u"SELECT x FROM t");
+    const struct
+    {
+        int freeAt;
+        int sleeps;
+        HynResult expected;
+    } cases[] = {
+        {1, 1, HYN_S_OK},
+        {9999, 9999, HYN_S_OK},
+        {10000, 10000, HYN_E_FAIL}, // free, but nobody looks any more
+        {-1, 10000, HYN_E_FAIL},
+    };
+    for (const auto& test : cases)
+    {
+        Lock();
+        const CountedSleep sleep(kStepSleep, test.freeAt, [&] { Unlock(); });
+        CHynAutoPtr<IHynSQRecordSet> recordSet;
+        EXPECT_EQ(command->OpenRecordSet(recordSet.Receive()), test.expected);
+        EXPECT_EQ(CountedSleep::Count(), test.sleeps);
+        int value = 0;
+        if (recordSet != nullptr)
+        {
+            EXPECT_EQ(recordSet->GetFieldValue(u"x", &value), HYN_S_OK);
+            EXPECT_EQ(value, 7);
+        }
+    }
+    Unlock();
+    EXPECT_EQ(command->ExecuteSQL(), HYN_S_OK) << "none the worse for having given up";
+}
+
+TEST_F(Busy, AWaitingStepStandsAtTheEnd)
+{
+    const CHynAutoPtr<CHynSQRecordSet> recordSet = Open(u"SELECT x FROM t");
+    EXPECT_EQ(recordSet->Next(), HYN_S_FALSE);
+    Lock();
+    {
+        const CountedSleep sleep(kStepSleep, 3, [&] { EXPECT_EQ(recordSet->IsEof(), 1); });
+        EXPECT_EQ(recordSet->Reset(), HYN_E_FAIL);
+        EXPECT_EQ(recordSet->IsEof(), 1);
+    }
+    Unlock();
+    EXPECT_EQ(recordSet->Reset(), HYN_E_FAIL) << "the engine reports the busy step once more";
+    EXPECT_EQ(recordSet->Reset(), HYN_S_OK);
+}
+
+TEST_F(Busy, PreparationWaitsWithoutLimit)
+{
+    // A new handle has yet to read the tables' definitions, for which it needs the lock.
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    Lock();
+    const CountedSleep sleep(kPrepareSleep, 12345, [&] { Unlock(); });
+    EXPECT_EQ(Prepare(u"SELECT x FROM t")->ExecuteSQL(), HYN_S_OK);
+    EXPECT_EQ(CountedSleep::Count(), 12345);
+}
+
+TEST_F(Busy, BeginTransWaitsForAReader)
+{
+    sqlite3_stmt* reader = nullptr;
+    ASSERT_EQ(sqlite3_prepare_v2(m_other, "SELECT x FROM t", -1, &reader, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_step(reader), SQLITE_ROW);
+    const CountedSleep sleep(kStepSleep, 5, [&] { sqlite3_finalize(reader); });
+    EXPECT_EQ(m_connection->BeginTrans(), HYN_S_OK);
+    EXPECT_EQ(CountedSleep::Count(), 5);
+    EXPECT_EQ(m_connection->RollbackTrans(), HYN_S_OK);
+}
+
+// What plain statements say of a table that is locked inside the process: a failed step.
+TEST_F(Busy, ATableInUseByTheSameHandleIsAFailedStep)
+{
+    const CountedSleep sleep(0);
+    const CHynAutoPtr<CHynSQRecordSet> reader = Open(u"SELECT x FROM t");
+    EXPECT_EQ(Run(u"DROP TABLE t"), HYN_E_SQSTEP);
+    EXPECT_EQ(CountedSleep::Count(), 0);
+}
+
+TEST_F(Busy, ATableInUseInASharedCacheIsAFailedStepOrPreparation)
+{
+    if (sqlite3_compileoption_used("USE_URI") == 0)
+        GTEST_SKIP() << "this engine takes no file: names";
+    const CHynAutoPtr<CHynSQConnection> shared = new CHynSQConnection;
+    const char16_t path[] = u"file:busy?mode=memory&cache=shared";
+    ASSERT_EQ(shared->Connect(path, u"", u""), HYN_S_OK);
+    ASSERT_EQ(shared->ExecuteSQL(u"CREATE TABLE t (x)"), HYN_S_OK);
+    const Raw other(path);
+    const CountedSleep sleep(0);
+    ASSERT_EQ(other.Run("BEGIN; INSERT INTO t VALUES (1)"), SQLITE_OK);
+    EXPECT_EQ(shared->ExecuteSQL(u"SELECT x FROM t"), HYN_E_SQSTEP);
+    ASSERT_EQ(other.Run("CREATE TABLE u (y)"), SQLITE_OK);
+    EXPECT_EQ(shared->ExecuteSQL(u"SELECT x FROM t"), HYN_E_FAIL);
+    EXPECT_EQ(CountedSleep::Count(), 0);
+    ASSERT_EQ(other.Run("COMMIT"), SQLITE_OK);
+    EXPECT_EQ(shared->ExecuteSQL(u"SELECT x FROM t"), HYN_S_OK);
+}
+
+double Seconds(clockid_t clock)
+{
+    timespec time{};
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+// Another process that has the database locked for a while.
+class Locker
+{
+public:
+    explicit Locker(const std::u16string& path)
+    {
+        int locked[2] = {-1, -1};
+        EXPECT_EQ(pipe(locked), 0);
+        m_child = fork();
+        if (m_child == 0)
+        {
+            sqlite3* database = nullptr;
+            sqlite3_open16(path.c_str(), &database);
+            const int code = sqlite3_exec(database, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+            const bool told = write(locked[1], "L", 1) == 1;
+            poll(nullptr, 0, kMilliseconds);
+            sqlite3_exec(database, "COMMIT", nullptr, nullptr, nullptr);
+            _exit(code == SQLITE_OK && told ? 0 : 1);
+        }
+        char byte = 0;
+        EXPECT_EQ(read(locked[0], &byte, 1), 1);
+        close(locked[0]);
+        close(locked[1]);
+    }
+    ~Locker()
+    {
+        int status = -1;
+        EXPECT_EQ(waitpid(m_child, &status, 0), m_child);
+        EXPECT_EQ(status, 0);
+    }
+    Locker(const Locker&) = delete;
+    Locker& operator=(const Locker&) = delete;
+
+    static constexpr int kMilliseconds = 300;
+
+private:
+    pid_t m_child = -1;
+};
+
+TEST_F(DatabaseTest, AnotherProcessIsWaitedForAsleep)
+{
+    ASSERT_EQ(Raw(Path()).Run("CREATE TABLE t (x); INSERT INTO t VALUES (7)"), SQLITE_OK);
+    const auto expectPatience = [&](const char* what, double cpuShare)
+    {
+        const double start = Seconds(CLOCK_MONOTONIC);
+        const double cpu = Seconds(CLOCK_THREAD_CPUTIME_ID);
+        EXPECT_EQ(Number(u"SELECT x FROM t"), 7);
+        const double waited = Seconds(CLOCK_MONOTONIC) - start;
+        const double used = Seconds(CLOCK_THREAD_CPUTIME_ID) - cpu;
+        EXPECT_GT(waited, Locker::kMilliseconds * 0.9e-3);
+        RecordProperty(what, static_cast<int>(used / waited * 1e6));
+        EXPECT_LT(used, waited * cpuShare);
+    };
+    {
+        // The new handle has yet to read the tables' definitions: the preparation waits. It wakes up 500 times a
+        // second, which alone takes 12 ms on a slow virtual machine; spinning would take the whole second.
+        const Locker locker(Path());
+        ASSERT_EQ(Connect(), HYN_S_OK);
+        expectPatience("preparation_cpu_us_per_s", 0.1);
+    }
+    {
+        // This one has read them: the step waits.
+        const Locker locker(Path());
+        expectPatience("step_cpu_us_per_s", 0.02);
+    }
+}
+} // namespace

@@ -1,0 +1,314 @@
+// Connecting, handles per thread, transactions and one-shot statements.
+
+#include <algorithm>
+#include <barrier>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/database/DatabaseTest.h"
+#include "tests/support/Allocations.h"
+
+using namespace HalyonTest;
+
+namespace
+{
+// How many of this process's descriptors are open on `path`.
+long Descriptors(const std::u16string& path)
+{
+    long count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+    {
+        std::error_code gone;
+        count += std::filesystem::read_symlink(entry, gone).u16string() == path ? 1 : 0;
+    }
+    return count;
+}
+
+class Connection : public DatabaseTest
+{
+};
+class ConnectedConnection : public ConnectedTest
+{
+};
+
+TEST_F(Connection, SecondConnectSucceedsWhenAnyStringMatches)
+{
+    const std::u16string path = Path("Ärger.db");
+    ASSERT_EQ(m_connection->Connect(path.c_str(), u"abc", u"Δ"), HYN_S_OK);
+    ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
+    const std::u16string otherCase = Path("ÄRGER.DB");
+    const std::u16string other = Path("other.db");
+    const struct
+    {
+        const char16_t* path;
+        const char16_t* second;
+        const char16_t* third;
+        HynResult expected;
+    } cases[] = {
+        {path.c_str(), u"abc", u"Δ", HYN_S_OK},      {otherCase.c_str(), u"x", u"y", HYN_S_OK},
+        {other.c_str(), u"ABC", u"y", HYN_S_OK},     {other.c_str(), u"x", u"δ", HYN_S_OK},
+        {other.c_str(), u"x", u"y", HYN_E_FAIL},     {other.c_str(), u"", u"", HYN_E_FAIL},
+        {nullptr, u"abc", u"Δ", HYN_E_FAIL},         {path.c_str(), nullptr, u"Δ", HYN_E_FAIL},
+        {path.c_str(), u"abc", nullptr, HYN_E_FAIL},
+    };
+    for (const auto& test : cases)
+    {
+        EXPECT_EQ(m_connection->Connect(test.path, test.second, test.third), test.expected)
+            << U8(test.path) << " " << U8(test.second) << " " << U8(test.third);
+        EXPECT_EQ(Number(u"SELECT count(*) FROM t"), 0) << "not the first database any more";
+    }
+    EXPECT_EQ(Descriptors(path), 1);
+    EXPECT_FALSE(std::filesystem::exists(other));
+}
+
+TEST_F(Connection, FailedOpenIsRememberedUntilDisConnect)
+{
+    const std::u16string path = Path("missing/test.db");
+    const long long before = sqlite3_memory_used();
+    EXPECT_EQ(m_connection->Connect(path.c_str(), u"a", u"b"), HYN_E_FAIL);
+    EXPECT_EQ(sqlite3_memory_used(), before) << "the engine's half-made handle is closed";
+    std::filesystem::create_directory(m_folder / "missing");
+    EXPECT_EQ(m_connection->Connect(u"x", u"a", u"y"), HYN_S_OK);
+    EXPECT_EQ(m_connection->Connect(u"x", u"x", u"x"), HYN_E_FAIL);
+    IHynSQCommand* command = nullptr;
+    EXPECT_EQ(m_connection->CreateCommand(&command), HYN_E_FAIL);
+    EXPECT_EQ(Run(u"SELECT 1"), HYN_E_FAIL);
+    EXPECT_EQ(m_connection->GetLastInsertID(), 0);
+    EXPECT_EQ(command, nullptr);
+    std::thread([&] { EXPECT_EQ(Run(u"SELECT 1"), HYN_S_OK) << "another thread has its own try"; }).join();
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(m_connection->Connect(path.c_str(), u"a", u"b"), HYN_S_OK);
+}
+
+TEST_F(Connection, UseBeforeConnectWorksOnTheEmptyPath)
+{
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(m_connection->GetLastInsertID(), 0);
+    EXPECT_EQ(Connect(), HYN_E_FAIL);
+    EXPECT_EQ(m_connection->Connect(Path().c_str(), u"", u"x"), HYN_S_OK);
+    EXPECT_FALSE(std::filesystem::exists(Path()));
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(Connect(), HYN_S_OK);
+    EXPECT_TRUE(Run(u"CREATE TABLE t (x)") == HYN_S_OK && std::filesystem::exists(Path()));
+}
+
+TEST_F(ConnectedConnection, KeepsItsPathAfterDisConnect)
+{
+    ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(Descriptors(Path()), 0);
+    EXPECT_EQ(Number(u"SELECT count(*) FROM t"), 0);
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(m_connection->Connect(Path("next.db").c_str(), u"second", u"third"), HYN_S_OK);
+    EXPECT_EQ(Run(u"SELECT * FROM t"), HYN_E_FAIL) << "another database now";
+}
+
+TEST_F(ConnectedConnection, DisConnectLeavesALiveStatementItsHandle)
+{
+    CHynAutoPtr<CHynSQRecordSet> recordSet = Open(u"VALUES (1), (2)");
+    ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(Descriptors(Path()), 1);
+    long long value = 0;
+    EXPECT_EQ(recordSet->Next(), HYN_S_OK);
+    EXPECT_EQ(recordSet->GetFieldValue(0, &value), HYN_S_OK);
+    EXPECT_EQ(value, 2);
+    recordSet = nullptr;
+    EXPECT_EQ(Descriptors(Path()), 0) << "goes with its last statement";
+}
+
+TEST_F(ConnectedConnection, DisConnectClosesAllHandlesInTheOrderOfTheirThreads)
+{
+    constexpr int kThreads = 5;
+    std::barrier allOpen(kThreads);
+    std::vector<sqlite3*> handles;
+    std::vector<std::pair<std::uint32_t, sqlite3*>> byThread;
+    std::mutex mutex;
+    const auto open = [&]
+    {
+        sqlite3* handle = m_connection->GetSQdb();
+        EXPECT_EQ(m_connection->FindCreateConnection(), handle);
+        // Told of its closing, the engine writes the handle down.
+        sqlite3_trace_v2(
+            handle, SQLITE_TRACE_CLOSE,
+            [](unsigned, void* to, void* closed, void*)
+            {
+                static_cast<std::vector<sqlite3*>*>(to)->push_back(static_cast<sqlite3*>(closed));
+                return 0;
+            },
+            &handles);
+        const std::scoped_lock lock(mutex);
+        byThread.emplace_back(GetCurrentTovThreadID(), handle);
+    };
+    open();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back(
+            [&]
+            {
+                EXPECT_EQ(m_connection->Connect(u"?", u"SECOND", u"?"), HYN_S_OK);
+                open();
+                allOpen.arrive_and_wait();
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::sort(byThread.begin(), byThread.end());
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    ASSERT_EQ(handles.size(), byThread.size());
+    for (std::size_t i = 0; i < handles.size(); ++i)
+        EXPECT_EQ(handles[i], byThread[i].second);
+}
+
+TEST_F(ConnectedConnection, EachThreadSeesItsOwnHandleAndInserts)
+{
+    ASSERT_EQ(Run(u"CREATE TABLE t (id INTEGER PRIMARY KEY)"), HYN_S_OK);
+    EXPECT_EQ(Run(u"INSERT INTO t VALUES (7)"), HYN_S_OK);
+    EXPECT_EQ(Run(u"CREATE TEMP TABLE mine (x)"), HYN_S_OK);
+    std::thread(
+        [&]
+        {
+            EXPECT_EQ(m_connection->GetLastInsertID(), 0);
+            EXPECT_EQ(Run(u"SELECT * FROM mine"), HYN_E_FAIL);
+            EXPECT_EQ(Run(u"INSERT INTO t VALUES (8)"), HYN_S_OK);
+            EXPECT_EQ(m_connection->GetLastInsertID(), 8);
+        })
+        .join();
+    EXPECT_EQ(m_connection->GetLastInsertID(), 7);
+    EXPECT_EQ(Number(u"SELECT count(*) FROM t"), 2);
+}
+
+TEST_F(ConnectedConnection, TransactionsAreExclusiveAndRollBack)
+{
+    ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
+    const Raw other(Path());
+    EXPECT_EQ(m_connection->BeginTrans(), HYN_S_OK);
+    EXPECT_EQ(other.Ask("SELECT count(*) FROM t"), "database is locked");
+    EXPECT_EQ(m_connection->BeginTrans(), HYN_E_SQSTEP);
+    EXPECT_EQ(Run(u"INSERT INTO t VALUES (1)"), HYN_S_OK);
+    EXPECT_EQ(m_connection->RollbackTrans(), HYN_S_OK);
+    EXPECT_EQ(m_connection->RollbackTrans(), HYN_E_SQSTEP);
+    EXPECT_EQ(m_connection->BeginTrans(), HYN_S_OK);
+    EXPECT_EQ(Run(u"INSERT INTO t VALUES (2)"), HYN_S_OK);
+    EXPECT_EQ(m_connection->CommitTrans(), HYN_S_OK);
+    EXPECT_EQ(m_connection->CommitTrans(), HYN_E_SQSTEP);
+    EXPECT_EQ(other.Ask("SELECT x FROM t"), "2 ");
+}
+
+TEST_F(ConnectedConnection, FailedCommitRollsBackAndReportsTheCommit)
+{
+    for (const char16_t* sql : {u"PRAGMA foreign_keys = ON", u"CREATE TABLE p (id INTEGER PRIMARY KEY)",
+                                u"CREATE TABLE c (p REFERENCES p DEFERRABLE INITIALLY DEFERRED)"})
+        ASSERT_EQ(Run(sql), HYN_S_OK);
+    EXPECT_EQ(m_connection->BeginTrans(), HYN_S_OK);
+    EXPECT_EQ(Run(u"INSERT INTO c VALUES (5)"), HYN_S_OK);
+    EXPECT_EQ(m_connection->CommitTrans(), HYN_E_SQSTEP);
+    EXPECT_EQ(Raw(Path()).Ask("SELECT count(*) FROM c"), "0 ");
+    EXPECT_EQ(m_connection->BeginTrans(), HYN_S_OK) << "the failed one is over";
+    EXPECT_EQ(m_connection->RollbackTrans(), HYN_S_OK);
+}
+
+// A connection whose one-shot statements are written down and answered from a list.
+class Scripted : public CHynSQConnection
+{
+public:
+    HynResult ExecuteSQL(const char16_t* sql) override
+    {
+        m_log += U8(sql);
+        return U8(sql) == "commit;" ? HYN_E_BUFFERTOOSMALL : HYN_E_FAIL;
+    }
+    std::string m_log;
+};
+
+TEST(ConnectionWords, TransactionsGoThroughTheInterface)
+{
+    Scripted connection;
+    EXPECT_EQ(connection.BeginTrans(), HYN_E_FAIL);
+    EXPECT_EQ(connection.RollbackTrans(), HYN_E_FAIL);
+    EXPECT_EQ(connection.CommitTrans(), HYN_E_BUFFERTOOSMALL);
+    EXPECT_EQ(connection.m_log, "begin exclusive;rollback;commit;rollback;");
+}
+
+TEST_F(ConnectedConnection, OneShotStatementsReportTheFirstFailure)
+{
+    ASSERT_EQ(Run(u"CREATE TABLE t (x UNIQUE); DROP TABLE t;"), HYN_S_OK);
+    const struct
+    {
+        const char16_t* sql;
+        HynResult expected;
+    } cases[] = {
+        {u"INSERT INTO t VALUES (1)", HYN_S_OK},
+        {u"INSERT INTO t VALUES (1)", HYN_E_SQSTEP},
+        {u"SELECT x FROM t", HYN_S_OK},
+        {u"SELECT x FROM t WHERE x = 2", HYN_S_OK},
+        {u"SELECT nothing FROM t", HYN_E_FAIL},
+        {u"no statement", HYN_E_FAIL},
+        {u"", HYN_E_FAIL},
+        {u"-- a remark", HYN_E_FAIL},
+        {nullptr, HYN_E_FAIL},
+    };
+    for (const auto& test : cases)
+    {
+        EXPECT_EQ(Run(test.sql), test.expected) << U8(test.sql);
+        if (test.sql == nullptr || test.sql[0] != u'I')
+        {
+            CHynAutoPtr<IHynSQRecordSet> recordSet;
+            EXPECT_EQ(m_connection->OpenRecordSet(test.sql, recordSet.Receive()), test.expected) << U8(test.sql);
+            EXPECT_EQ(recordSet != nullptr, test.expected == HYN_S_OK);
+            EXPECT_EQ(m_connection->OpenRecordSet(test.sql, nullptr), HYN_E_FAIL);
+        }
+    }
+    EXPECT_EQ(m_connection->CreateCommand(nullptr), HYN_E_FAIL);
+}
+
+TEST_F(ConnectedConnection, LivesAsLongAsItsRecordSets)
+{
+    CHynAutoPtr<CHynSQRecordSet> recordSet = Open(u"SELECT 42");
+    m_connection = nullptr;
+    int value = 0;
+    EXPECT_EQ(recordSet->GetFieldValue(0, &value), HYN_S_OK);
+    EXPECT_EQ(value, 42);
+    EXPECT_EQ(Descriptors(Path()), 1);
+    recordSet = nullptr;
+    EXPECT_EQ(Descriptors(Path()), 0);
+}
+
+TEST_F(ConnectedConnection, ForkedChildLeavesTheParentsHandlesAndStatementsAlone)
+{
+    ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
+    CHynAutoPtr<CHynSQCommand> command = Prepare(u"VALUES (1), (2)");
+    CHynAutoPtr<CHynSQRecordSet> recordSet = Open(command);
+    sqlite3* const handle = m_connection->GetSQdb();
+    const CHynAutoPtr<CHynSQConnection> idle = new CHynSQConnection;
+    ASSERT_EQ(idle->Connect(Path("idle.db").c_str(), u"", u""), HYN_S_OK);
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        // Each line that does not hold gets a bit in the exit status.
+        int wrong = 0;
+        wrong |= recordSet->Next() == HYN_E_FAIL && recordSet->GetFieldCount() == 0 ? 0 : 1;
+        wrong |= command->BindFieldValue(0, 1) == HYN_E_FAIL && command->ExecuteSQL() == HYN_E_FAIL ? 0 : 2;
+        wrong |= m_connection->GetSQdb() != handle && m_connection->GetSQdb() != nullptr ? 0 : 4;
+        wrong |= Run(u"INSERT INTO t VALUES (11)") == HYN_S_OK ? 0 : 8;
+        wrong |= command->PrepareSQL(u"INSERT INTO t VALUES (12)") == HYN_S_OK ? 0 : 16;
+        wrong |= command->ExecuteSQL() == HYN_S_OK && recordSet->Next() == HYN_S_FALSE ? 0 : 32;
+        recordSet = nullptr;
+        command = nullptr;
+        wrong |= m_connection->DisConnect() == HYN_S_OK && Descriptors(Path()) == 1 ? 0 : 64;
+        wrong |= idle->DisConnect() == HYN_S_OK && Descriptors(Path("idle.db")) == 1 ? 0 : 128;
+        _exit(wrong);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    int value = 0;
+    EXPECT_EQ(recordSet->Next(), HYN_S_OK);
+    EXPECT_EQ(recordSet->GetFieldValue(0, &value), HYN_S_OK);
+    EXPECT_EQ(value, 2);
+    EXPECT_EQ(m_connection->GetSQdb(), handle);
+    EXPECT_EQ(Number(u"SELECT sum(x) FROM t"), 11 + 12 + 12);
+}
+} // namespace
