@@ -137,7 +137,11 @@ char16_t* tov_wcsncpy(char16_t* dest, const char16_t* src, std::size_t uCount) n
 // 0, or a number with the sign of the order of the folded code points. An unpaired surrogate stands for itself. [any]
 [[nodiscard]] int tov_wcscmpi(const char16_t* a, const char16_t* b) noexcept;
 
-// The same over at most the first `uCount` units of each. [any]
+// Whether `psz` is, unit by unit, the `uLength` units at `known` and then ends. For looking up short text again and
+// again: it never measures. `known` is zero-terminated there too. [any]
+[[nodiscard]] bool tov_wcssame(const char16_t* psz, const char16_t* known, std::size_t uLength) noexcept;
+
+// The same as tov_wcscmpi over at most the first `uCount` units of each. [any]
 [[nodiscard]] int tov_wcsnicmp(const char16_t* a, const char16_t* b, std::size_t uCount) noexcept;
 
 // Non-zero for Unicode white space (the ideographic and the no-break space too). [any]

@@ -268,10 +268,27 @@ TEST(Text, ComparisonAgreesWithANaiveOne)
             return Sign(Folded(p).compare(Folded(q)));
         };
         ASSERT_EQ(Sign(tov_wcscmpi(x, y)), order(a, b)) << U8(a) << "\n" << U8(b);
+        ASSERT_EQ(tov_wcssame(x, y, b.size()), a == b) << U8(a) << "\n" << U8(b);
         const std::size_t count = texts.Below(110);
         ASSERT_EQ(Sign(tov_wcsnicmp(x, y, count)), order(a.substr(0, count), b.substr(0, count))) << count << "\n"
                                                                                                   << U8(a) << "\n"
                                                                                                   << U8(b);
+    }
+}
+
+TEST(Text, IsTheSameOnlyToItsEnd)
+{
+    const PageEnd left;
+    const PageEnd right;
+    for (std::size_t length = 0; length < 40; ++length)
+    {
+        const std::u16string known(length, u'n');
+        const char16_t* y = right.Put(known, length % kPlaces);
+        for (std::size_t other = 0; other < 44; ++other)
+        {
+            const char16_t* x = left.Put(std::u16string(other, u'n'), other % 5 == 0 ? 0 : 90);
+            ASSERT_EQ(tov_wcssame(x, y, length), other == length) << other << " against " << length;
+        }
     }
 }
 

@@ -43,6 +43,26 @@ inline TextStep LoadStep(const char16_t* text) noexcept
     return step;
 }
 
+// Sanitizers see every byte that is read, so under them nothing is read beyond a terminator.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kMayReadOn = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+inline constexpr bool kMayReadOn = false;
+#else
+inline constexpr bool kMayReadOn = true;
+#endif
+#else
+inline constexpr bool kMayReadOn = true;
+#endif
+
+// Whether the `bytes` bytes from `text` on lie in one page: when the first is mapped, all are.
+inline bool InOnePage(const char16_t* text, std::size_t bytes) noexcept
+{
+    constexpr std::uintptr_t kSmallestPage = 4096;
+    return reinterpret_cast<std::uintptr_t>(text) % kSmallestPage + bytes <= kSmallestPage;
+}
+
 // Two bits a lane, the first lane lowest.
 inline std::uint32_t LaneBits(LaneStep lanes) noexcept
 {

@@ -3,6 +3,8 @@
 #include <halyon/platform/TovPCMac.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
@@ -12,6 +14,8 @@
 using Halyon::CountUnits;
 using Halyon::FirstLane;
 using Halyon::kStepBytes;
+using Halyon::InOnePage;
+using Halyon::kMayReadOn;
 using Halyon::kStepUnits;
 using Halyon::LaneBits;
 using Halyon::LaneStep;
@@ -139,7 +143,57 @@ int CompareFirst(const char16_t* a, const char16_t* b) noexcept
     const char32_t y = LoadUnit(b);
     return (x | y) < 0x80 ? static_cast<int>(FoldedASCII(x)) - static_cast<int>(FoldedASCII(y)) : 0;
 }
+
+template <class Word>
+bool SameWord(const char16_t* a, const char16_t* b) noexcept
+{
+    Word x = 0;
+    Word y = 0;
+    std::memcpy(&x, a, sizeof x);
+    std::memcpy(&y, b, sizeof y);
+    return x == y;
+}
+
+// Both ends of `units` units in words of `Word`, which meet or overlap in the middle.
+template <class Word>
+bool SameEnds(const char16_t* a, const char16_t* b, std::size_t units) noexcept
+{
+    const std::size_t last = units - sizeof(Word) / sizeof(char16_t);
+    return SameWord<Word>(a, b) && SameWord<Word>(a + last, b + last);
+}
+
+bool SameSteps(const char16_t* a, const char16_t* b, std::size_t units) noexcept
+{
+    const auto same = [&](std::size_t at)
+    {
+        return LaneBits(LoadStep(a + at) != LoadStep(b + at)) == 0;
+    };
+    for (std::size_t at = 0; at + kStepUnits < units; at += kStepUnits)
+    {
+        if (!same(at))
+            return false;
+    }
+    return same(units - kStepUnits);
+}
 } // namespace
+
+bool tov_wcssame(const char16_t* psz, const char16_t* known, std::size_t uLength) noexcept
+{
+    const std::size_t units = uLength + 1;
+    if (!kMayReadOn || !InOnePage(psz, units * sizeof(char16_t)))
+    {
+        std::size_t at = 0;
+        while (at < uLength && LoadUnit(psz + at) == LoadUnit(known + at) && LoadUnit(psz + at) != 0)
+            ++at;
+        return at == uLength && LoadUnit(psz + at) == 0;
+    }
+    // `psz` may end before `known` does; what is read behind its end is then no match, whatever it is.
+    if (units >= kStepUnits)
+        return SameSteps(psz, known, units);
+    if (units >= 4)
+        return SameEnds<std::uint64_t>(psz, known, units);
+    return units >= 2 ? SameEnds<std::uint32_t>(psz, known, units) : LoadUnit(psz) == 0;
+}
 
 int tov_wcscmpi(const char16_t* a, const char16_t* b) noexcept
 {
