@@ -1,6 +1,5 @@
 #include <halyon/database/CHynSQColumnNames.h>
 
-#include <bit>
 #include <new>
 
 #include <sqlite3.h>
@@ -29,69 +28,68 @@ std::int32_t FindInEngine(sqlite3_stmt* statement, std::int32_t columns, const c
 
 std::int32_t CHynSQColumnNames::Find(sqlite3_stmt* pStatement, std::int32_t nColumns, const char16_t* name) noexcept
 {
-    if (m_hints == nullptr && !Learn(pStatement, nColumns))
+    if (m_nColumns == 0 && !Learn(pStatement, nColumns))
         return FindInEngine(pStatement, nColumns, name);
+    const std::uint32_t guess = m_pFacts[m_uLast].uNext;
+    if (!IsNameOf(guess, name))
+        return Search(name);
+    m_uLast = guess;
+    return static_cast<std::int32_t>(guess);
+}
 
-    Hint& hint = HintFor(name);
-    if (hint.pName == name && tov_wcscmpi(name, NameOf(hint.nColumn)) == 0)
-        return hint.nColumn;
-    for (std::int32_t column = 0; column < m_nColumns; ++column)
+// Whether `name` is the column's; in another letter case too, but quick when it is the same to the letter.
+bool CHynSQColumnNames::IsNameOf(std::uint32_t column, const char16_t* name) const noexcept
+{
+    return tov_wcssame(name, m_pNames[column], m_pFacts[column].uLength) || tov_wcscmpi(name, m_pNames[column]) == 0;
+}
+
+std::int32_t CHynSQColumnNames::Search(const char16_t* name) noexcept
+{
+    // Folding the case of a text does not change its length.
+    const std::size_t length = tov_wcslen(name);
+    for (std::uint32_t column = 0; column < static_cast<std::uint32_t>(m_nColumns); ++column)
     {
-        if (tov_wcscmpi(name, NameOf(column)) == 0)
+        if (m_pFacts[column].uLength == length && IsNameOf(column, name))
         {
-            hint = {name, column};
-            return column;
+            m_pFacts[m_uLast].uNext = static_cast<std::uint16_t>(column);
+            m_uLast = column;
+            return static_cast<std::int32_t>(column);
         }
     }
     return -1;
 }
 
-void CHynSQColumnNames::Forget() noexcept
-{
-    m_hints.reset();
-    m_offsets.reset();
-    m_texts.reset();
-    m_nColumns = 0;
-}
-
 bool CHynSQColumnNames::Learn(sqlite3_stmt* pStatement, std::int32_t nColumns) noexcept
 {
-    std::size_t units = 0;
-    for (std::int32_t column = 0; column < nColumns; ++column)
-    {
-        const char16_t* name = EngineName(pStatement, column);
-        if (name == nullptr)
-            return false;
-        units += tov_wcslen(name) + 1;
-    }
-
-    const auto count = static_cast<std::size_t>(nColumns);
-    const std::size_t hintCount = std::bit_ceil(count * 4 + 1);
-    m_texts.reset(new (std::nothrow) char16_t[units]);
-    m_offsets.reset(new (std::nothrow) std::uint32_t[count]);
-    m_hints.reset(new (std::nothrow) Hint[hintCount]());
-    if (m_texts == nullptr || m_offsets == nullptr || m_hints == nullptr)
-    {
-        Forget();
+    if (nColumns <= 0 || nColumns > UINT16_MAX || !MakeRoom(static_cast<std::size_t>(nColumns)))
         return false;
-    }
-
-    std::uint32_t offset = 0;
     for (std::int32_t column = 0; column < nColumns; ++column)
     {
         const char16_t* name = EngineName(pStatement, column);
-        m_offsets[static_cast<std::size_t>(column)] = offset;
-        tov_wcscpy(m_texts.get() + offset, name);
-        offset += static_cast<std::uint32_t>(tov_wcslen(name)) + 1;
+        const std::size_t length = name != nullptr ? tov_wcslen(name) : SIZE_MAX;
+        if (length > UINT16_MAX)
+            return false;
+        m_pNames[column] = name;
+        m_pFacts[column] = {static_cast<std::uint16_t>(length), 0};
     }
+    m_uLast = 0;
     m_nColumns = nColumns;
-    m_uHintMask = static_cast<std::uint32_t>(hintCount - 1);
     return true;
 }
 
-CHynSQColumnNames::Hint& CHynSQColumnNames::HintFor(const char16_t* name) const noexcept
+bool CHynSQColumnNames::MakeRoom(std::size_t columns) noexcept
 {
-    // Literals lie close together, so the low bits are multiplied up and the high ones used.
-    const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name) >> 1);
-    return m_hints[static_cast<std::uint32_t>((address * 0x9E3779B97F4A7C15u) >> 32) & m_uHintMask];
+    if (columns <= kFewColumns)
+    {
+        m_pNames = m_fewNames.data();
+        m_pFacts = m_fewFacts.data();
+        return true;
+    }
+    const std::size_t namesSize = columns * sizeof(const char16_t*);
+    m_more.reset(new (std::nothrow) std::byte[namesSize + columns * sizeof(Facts)]);
+    if (m_more == nullptr)
+        return false;
+    m_pNames = new (m_more.get()) const char16_t*[columns];
+    m_pFacts = new (m_more.get() + namesSize) Facts[columns];
+    return true;
 }

@@ -1,9 +1,10 @@
 // What a command has learnt of its statement's column names, so that reading by name costs about as much as by index.
 //
-// Names are asked for again and again through the same few literals, so the address of an asked name leads to a column
-// at once. The address is only a hint: the text found there is compared with the column's name each time.
+// Rows are read in a loop that asks for the same names in the same order, so after each name the one that followed it
+// last time is tried first. That is only a guess: the text asked for is compared with the column's name each time.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -20,25 +21,33 @@ public:
     [[nodiscard]] std::int32_t Find(sqlite3_stmt* pStatement, std::int32_t nColumns, const char16_t* name) noexcept;
 
     // Forgets everything: the statement is gone. [owner]
-    void Forget() noexcept;
+    void Forget() noexcept
+    {
+        m_nColumns = 0;
+        m_more.reset();
+    }
 
 private:
-    struct Hint
+    // Names of up to so many columns are kept in this object, which still is a small block of the heap then.
+    static constexpr std::size_t kFewColumns = 64;
+
+    struct Facts
     {
-        const char16_t* pName;
-        std::int32_t nColumn;
+        std::uint16_t uLength; // of the name, in units
+        std::uint16_t uNext;   // the column that was asked for after this one; the lowest of its name, like all found
     };
 
     bool Learn(sqlite3_stmt* pStatement, std::int32_t nColumns) noexcept;
-    [[nodiscard]] const char16_t* NameOf(std::int32_t nColumn) const noexcept
-    {
-        return m_texts.get() + m_offsets[static_cast<std::size_t>(nColumn)];
-    }
-    [[nodiscard]] Hint& HintFor(const char16_t* name) const noexcept;
+    [[nodiscard]] bool MakeRoom(std::size_t columns) noexcept;
+    [[nodiscard]] std::int32_t Search(const char16_t* name) noexcept;
+    [[nodiscard]] bool IsNameOf(std::uint32_t column, const char16_t* name) const noexcept;
 
+    // Nothing below is set before something is learnt: most commands never are asked.
     std::int32_t m_nColumns = 0;
-    std::uint32_t m_uHintMask = 0;
-    std::unique_ptr<char16_t[]> m_texts; // the names one after the other, each zero-terminated
-    std::unique_ptr<std::uint32_t[]> m_offsets;
-    std::unique_ptr<Hint[]> m_hints; // null until something is learnt
+    std::uint32_t m_uLast; // the column found last
+    const char16_t** m_pNames;
+    Facts* m_pFacts;
+    std::unique_ptr<std::byte[]> m_more; // for more columns than a few: names, then facts
+    std::array<const char16_t*, kFewColumns> m_fewNames;
+    std::array<Facts, kFewColumns> m_fewFacts;
 };

@@ -165,5 +165,6 @@ bool CHynSQCommand::CheckAdjustBindFieldIndex(int& index) const noexcept
 
 std::int32_t CHynSQCommand::FindColumn(std::int32_t nColumns, const char16_t* name) noexcept
 {
-    return m_names.Find(m_pStatement, nColumns, name);
+    const std::int32_t column = m_names.Find(m_pStatement, m_nColumns, name);
+    return column < nColumns ? column : -1;
 }

@@ -45,6 +45,9 @@ public:
     // Number of the statement's columns; 0 without a statement. [owner]
     std::int32_t GetColumnCount() const noexcept { return GetSQstmt() != nullptr ? m_nColumns : 0; }
 
+    // The statement for a caller that has just learnt that this process prepared it. [owner]
+    sqlite3_stmt* GetOwnStatement() const noexcept { return m_pStatement; }
+
     // Finalizes the statement; returns the engine's own code, 0 without a statement. [owner]
     int Close() noexcept;
 
@@ -52,7 +55,7 @@ public:
     // (untouched then), or there is no such parameter. [owner]
     bool CheckAdjustBindFieldIndex(int& index) const noexcept;
 
-    // The lowest column with this name, or -1. Requires: prepared, `name` not null. [owner]
+    // The lowest of the first `nColumns` columns with this name, or -1. Requires: prepared, `name` not null. [owner]
     std::int32_t FindColumn(std::int32_t nColumns, const char16_t* name) noexcept;
 
 private:

@@ -97,17 +97,25 @@ HynResult CHynSQRecordSet::Reset()
     return Next();
 }
 
-std::int32_t CHynSQRecordSet::GetFieldIndexByName(const char16_t* name)
+// The statement for a caller that has been given a column count above 0: there are no columns without a statement that
+// this process prepared, so that need not be asked again.
+sqlite3_stmt* CHynSQRecordSet::CountedStatement() const noexcept
 {
-    if (name == nullptr || name[0] == 0 || GetSQstmt() == nullptr)
-        return -1;
-    return m_spCommand->FindColumn(GetFieldCount(), name);
+    return m_spCommand != nullptr ? m_spCommand->GetOwnStatement() : nullptr;
 }
 
 // The statement when `index` is one of its columns, else null.
 sqlite3_stmt* CHynSQRecordSet::StatementForColumn(std::int32_t index)
 {
-    return index >= 0 && index < GetFieldCount() ? GetSQstmt() : nullptr;
+    return index >= 0 && index < GetFieldCount() ? CountedStatement() : nullptr;
+}
+
+std::int32_t CHynSQRecordSet::GetFieldIndexByName(const char16_t* name)
+{
+    if (name == nullptr || name[0] == 0)
+        return -1;
+    const std::int32_t columns = GetFieldCount();
+    return columns > 0 && CountedStatement() != nullptr ? m_spCommand->FindColumn(columns, name) : -1;
 }
 
 HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, std::int32_t* value)

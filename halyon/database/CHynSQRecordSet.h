@@ -60,6 +60,7 @@ public:
     void Close() noexcept;
 
 private:
+    [[nodiscard]] sqlite3_stmt* CountedStatement() const noexcept;
     [[nodiscard]] sqlite3_stmt* StatementForColumn(std::int32_t index);
     template <class... Outputs>
     Halyon::HynResult ReadByName(const char16_t* name, Outputs... outputs);
