@@ -13,9 +13,9 @@
 
 using Halyon::CountUnits;
 using Halyon::FirstLane;
-using Halyon::kStepBytes;
 using Halyon::InOnePage;
 using Halyon::kMayReadOn;
+using Halyon::kStepBytes;
 using Halyon::kStepUnits;
 using Halyon::LaneBits;
 using Halyon::LaneStep;
