@@ -75,7 +75,9 @@ std::string ProgressBar(std::uint64_t done, std::uint64_t total, double seconds,
         return count + rest;
     const std::size_t cells = std::min<std::size_t>(width - count.size() - rest.size() - 4, 50);
     const auto full = static_cast<std::size_t>(done * cells / total);
-    return "[" + std::string(full, '#') + std::string(cells - full, '-') + "]  " + count + rest;
+    std::string bar(1, '[');
+    bar.append(full, '#').append(cells - full, '-').append("]  ").append(count).append(rest);
+    return bar;
 }
 
 Progress::Progress(std::string what) : m_what(std::move(what)), m_isTerminal(IsTerminal()) {}
