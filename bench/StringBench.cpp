@@ -33,7 +33,7 @@ struct OfTov
     static Text Make(const char16_t* psz) { return Text(psz); }
     static Text Mid(const Text& text, int first, int count) { return text.Mid(first, count); }
     static Text Left(const Text& text, int count) { return text.Left(count); }
-    static std::size_t Length(const Text& text) { return static_cast<std::size_t>(text.GetLength()); }
+    static auto Length(const Text& text) { return text.GetLength(); }
     static auto UTF8(const Text& text) { return text.ToUTF8(); }
     static void UTF8Into(const Text& text, char* buffer, int size) { text.GetUTF8String(buffer, size); }
     static void Append(Text& text, const char16_t* psz) { text += psz; }
@@ -45,7 +45,7 @@ struct OfQt
     static Text Make(const char16_t* psz) { return QString(reinterpret_cast<const QChar*>(psz)); }
     static Text Mid(const Text& text, int first, int count) { return text.mid(first, count); }
     static Text Left(const Text& text, int count) { return text.left(count); }
-    static std::size_t Length(const Text& text) { return static_cast<std::size_t>(text.size()); }
+    static auto Length(const Text& text) { return text.size(); }
     static auto UTF8(const Text& text) { return text.toUtf8(); }
     static void UTF8Into(const Text& text, char* buffer, int /*size*/)
     {
@@ -61,7 +61,7 @@ struct OfStd
     static Text Make(const char16_t* psz) { return Text(psz); }
     static Text Mid(const Text& text, std::size_t first, std::size_t count) { return text.substr(first, count); }
     static Text Left(const Text& text, std::size_t count) { return text.substr(0, count); }
-    static std::size_t Length(const Text& text) { return text.size(); }
+    static auto Length(const Text& text) { return text.size(); }
     static void Append(Text& text, const char16_t* psz) { text += psz; }
 };
 
@@ -146,7 +146,7 @@ void Length(benchmark::State& state)
     const std::vector<typename T::Text> texts(1024, TextOf<T>(state));
     for (auto _ : state)
     {
-        std::size_t sum = 0;
+        auto sum = T::Length(texts.front());
         for (const auto& text : texts)
             sum += T::Length(text);
         benchmark::DoNotOptimize(sum);

@@ -65,6 +65,9 @@ public:
 
     ~CTovStringW() { Release(GetData()); }
 
+    // Exchanges the blocks, locked or not. [any]
+    friend void swap(CTovStringW& a, CTovStringW& b) noexcept { std::swap(a.m_pText, b.m_pText); }
+
     // Shares the block of `src`. When this string's block or that of `src` is locked, and when `src` is empty, the
     // characters are copied as by the assignment below. [any]
     CTovStringW& operator=(const CTovStringW& src) noexcept;
@@ -75,6 +78,7 @@ public:
     {
         CTovStringWData* data = GetData();
         if (m_pText == src.m_pText || CountOf(src.GetData()) < 0 || (CountOf(data) < 0 && data != tovtmpDataNilW))
+            [[unlikely]]
             return *this = std::as_const(src);
         m_pText = std::exchange(src.m_pText, tovtmpPchNilW);
         Release(data);

@@ -183,6 +183,12 @@ const struct
          Make(a, std::move(b.real));
          a.spBlock = std::move(b.spBlock);
      }},
+    {"swap",
+     [](World&, Slot& a, Slot& b)
+     {
+         swap(static_cast<CTovStringW&>(a.real), static_cast<CTovStringW&>(b.real));
+         std::swap(a.spBlock, b.spBlock);
+     }},
     {"assign",
      [](World&, Slot& a, Slot& b)
      {
@@ -234,7 +240,8 @@ const struct
          const std::u16string text = world.Text();
          EXPECT_TRUE(a.real + text.c_str() == a.Text() + Plain(text));
          EXPECT_TRUE(text.c_str() + a.real == Plain(text) + a.Text());
-         AssignNew(a, a.real + b.real, a.Text() + b.Text());
+         if (a.Text().size() + b.Text().size() < 1000) // chance could double it for ever
+             AssignNew(a, a.real + b.real, a.Text() + b.Text());
      }},
     {"Mid",
      [](World& world, Slot& a, Slot& b)
