@@ -146,6 +146,7 @@ TEST_F(ConnectedConnection, DisConnectClosesAllHandlesInTheOrderOfTheirThreads)
     };
     open();
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i)
         threads.emplace_back(
             [&]
