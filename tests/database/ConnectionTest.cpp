@@ -84,6 +84,15 @@ TEST_F(Connection, FailedOpenIsRememberedUntilDisConnect)
     EXPECT_EQ(m_connection->Connect(path.c_str(), u"a", u"b"), HYN_S_OK);
 }
 
+TEST_F(ConnectedConnection, CommandWithoutAHandleKeepsItsStatement)
+{
+    const CHynAutoPtr<CHynSQCommand> command = Prepare(u"SELECT 1");
+    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+    EXPECT_EQ(m_connection->Connect(Path("missing/test.db").c_str(), u"a", u"b"), HYN_E_FAIL);
+    EXPECT_EQ(command->PrepareSQL(u"SELECT 2"), HYN_E_FAIL);
+    EXPECT_EQ(command->ExecuteSQL(), HYN_S_OK);
+}
+
 TEST_F(Connection, UseBeforeConnectWorksOnTheEmptyPath)
 {
     EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
