@@ -17,30 +17,25 @@ constexpr std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor) noe
     return quotient - (value % divisor < 0 ? 1 : 0);
 }
 
-// What FloorDivide leaves: 0 to divisor - 1.
-constexpr std::int64_t FloorRemainder(std::int64_t value, std::int64_t divisor) noexcept
-{
-    const std::int64_t remainder = value % divisor;
-    return remainder + (remainder < 0 ? divisor : 0);
-}
-
 constexpr bool IsLeapYear(std::int64_t year) noexcept
 {
     return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-// A day of the calendar. Month 1 to 12, day 1 to 31, dayOfYear from 0.
-struct CivilDay
+// A second of the calendar. Month 1 to 12, day 1 to 31; dayOfYear and weekday (Sunday) from 0; second of the day.
+struct CivilTime
 {
     std::int64_t year;
-    std::int32_t month;
-    std::int32_t day;
-    std::int32_t dayOfYear;
+    std::uint32_t month;
+    std::uint32_t day;
+    std::uint32_t dayOfYear;
+    std::uint32_t weekday;
+    std::uint32_t second;
 };
 
 // Inside, years begin on March 1st, so that the leap day is the last of its year, of its four years, of its century
-// and of its 400 years, and each of these has one length for division. Month `m` from March begins (153 * m + 2) / 5
-// days into the year: 31, 30, 31, 30, 31 days, over and over.
+// and of its 400 years. Then day `n` lies in the century (4n + 3) / 146097 and, within one, in the year
+// (4n + 3) / 1461; month `m` from March begins (153m + 2) / 5 days into the year: 31, 30, 31, 30, 31 days, repeating.
 inline constexpr std::int64_t kDaysPer400Years = 146097;
 inline constexpr std::int64_t kDaysFromMarch0To1904 = 695361; // from 0000-03-01 to 1904-01-01
 
@@ -56,29 +51,39 @@ constexpr std::int64_t DaysFromCivil(std::int64_t year, std::int64_t month, std:
     return cycle * kDaysPer400Years + yearStart + monthStart + day - 1 - kDaysFromMarch0To1904;
 }
 
-// The date that lies `days` after 1904-01-01.
-constexpr CivilDay CivilFromDays(std::int64_t days) noexcept
+// The calendar's time that lies `seconds` after 1904-01-01.
+constexpr CivilTime CivilFromSeconds(std::int64_t seconds) noexcept
 {
-    const std::int64_t fromMarch0 = days + kDaysFromMarch0To1904;
-    const std::int64_t cycle = FloorDivide(fromMarch0, kDaysPer400Years);
-    auto left = static_cast<std::uint32_t>(fromMarch0 - cycle * kDaysPer400Years);
-    const std::uint32_t century = (left * 4 + 3) / 146097;
-    left -= century * 146097 / 4;
-    const std::uint32_t year = (left * 4 + 3) / 1461;
-    left -= year * 1461 / 4;
-    const std::uint32_t month = (left * 5 + 2) / 153;
-    const std::uint32_t day = left - (month * 153 + 2) / 5 + 1;
+    // From -40000-03-01 to 1904-01-01. As long before and after 1904, 32 bits count the days from there; all other
+    // times are moved near 1904 by whole cycles of the calendar.
+    constexpr std::int64_t kFromFirstDay = (100 * kDaysPer400Years + kDaysFromMarch0To1904) * kSecondsPerDay;
+    constexpr std::int64_t kCycle = kDaysPer400Years * kSecondsPerDay;
+    std::int64_t firstYear = -40000;
+    if (seconds < -kFromFirstDay || seconds >= kFromFirstDay)
+    {
+        firstYear += seconds / kCycle * 400;
+        seconds %= kCycle;
+    }
+    const auto fromFirstDay = static_cast<std::uint64_t>(seconds + kFromFirstDay);
+    const auto days = static_cast<std::uint32_t>(fromFirstDay / kSecondsPerDay);
 
-    const bool newYear = month >= 10;
-    const std::int64_t civilYear = cycle * 400 + std::int64_t{century} * 100 + year + (newYear ? 1 : 0);
-    const std::uint32_t dayOfYear = newYear ? left - 306 : left + (IsLeapYear(civilYear) ? 60 : 59);
-    return {civilYear, static_cast<std::int32_t>(newYear ? month - 9 : month + 3), static_cast<std::int32_t>(day),
-            static_cast<std::int32_t>(dayOfYear)};
-}
+    // What a division leaves of 4n + 3 becomes 4n + 3 of the next smaller unit when its last two bits are set.
+    const std::uint32_t inCenturies = days * 4 + 3;
+    const std::uint32_t century = inCenturies / 146097;
+    const std::uint32_t inYears = inCenturies % 146097 | 3;
+    const std::uint32_t year = inYears / 1461;
+    const std::uint32_t day = inYears % 1461 / 4;
+    const std::uint32_t inMonths = day * 5 + 2;
+    const std::uint32_t month = inMonths / 153;
 
-// 0 (Sunday) to 6; 1904-01-01 was a Friday.
-constexpr std::int32_t WeekdayFromDays(std::int64_t days) noexcept
-{
-    return static_cast<std::int32_t>(FloorRemainder(days + 5, 7));
+    // Without branches: which case a date is in cannot be predicted.
+    const std::uint32_t isNextYear = day >= 306 ? 1 : 0; // January and February
+    const std::uint32_t isLeap = (year % 4 == 0 ? 1U : 0U) & ((year != 0 ? 1U : 0U) | (century % 4 == 0 ? 1U : 0U));
+    return {.year = firstYear + std::int64_t{century * 100 + year + isNextYear},
+            .month = month + 3 - 12 * isNextYear,
+            .day = inMonths % 153 / 5 + 1,
+            .dayOfYear = day + 59 + isLeap - ((0 - isNextYear) & (365 + isLeap)),
+            .weekday = (days + 3) % 7, // the first day is a Wednesday
+            .second = static_cast<std::uint32_t>(fromFirstDay % kSecondsPerDay)};
 }
 } // namespace Halyon::Linux

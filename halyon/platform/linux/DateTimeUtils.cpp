@@ -100,21 +100,23 @@ OSStatus UCConvertLongDateTimeToCFAbsoluteTime(LongDateTime local, CFAbsoluteTim
 
 void LongSecondsToDate(const LongDateTime* pLocal, LongDateRec* pDate) noexcept
 {
-    const std::int64_t days = Linux::FloorDivide(*pLocal, Linux::kSecondsPerDay);
-    const auto second = static_cast<std::int32_t>(Linux::FloorRemainder(*pLocal, Linux::kSecondsPerDay));
-    const Linux::CivilDay civil = Linux::CivilFromDays(days);
-    const std::int32_t weekday = Linux::WeekdayFromDays(days);
-    *pDate = {};
-    pDate->year = static_cast<std::int16_t>(civil.year);
-    pDate->month = static_cast<std::int16_t>(civil.month);
-    pDate->day = static_cast<std::int16_t>(civil.day);
-    pDate->hour = static_cast<std::int16_t>(second / 3600);
-    pDate->minute = static_cast<std::int16_t>(second / 60 % 60);
-    pDate->second = static_cast<std::int16_t>(second % 60);
-    pDate->dayOfWeek = static_cast<std::int16_t>(weekday + 1);
-    pDate->dayOfYear = static_cast<std::int16_t>(civil.dayOfYear + 1);
-    pDate->weekOfYear = static_cast<std::int16_t>((civil.dayOfYear + 6 - weekday) / 7 + 1);
-    pDate->pm = pDate->hour >= 12 ? 1 : 0;
+    const Linux::CivilTime civil = Linux::CivilFromSeconds(*pLocal);
+    const std::uint32_t minute = civil.second / 60;
+    const std::uint32_t hour = minute / 60;
+    *pDate = {.era = 0,
+              .year = static_cast<std::int16_t>(civil.year),
+              .month = static_cast<std::int16_t>(civil.month),
+              .day = static_cast<std::int16_t>(civil.day),
+              .hour = static_cast<std::int16_t>(hour),
+              .minute = static_cast<std::int16_t>(minute % 60),
+              .second = static_cast<std::int16_t>(civil.second % 60),
+              .dayOfWeek = static_cast<std::int16_t>(civil.weekday + 1),
+              .dayOfYear = static_cast<std::int16_t>(civil.dayOfYear + 1),
+              .weekOfYear = static_cast<std::int16_t>((civil.dayOfYear + 6 - civil.weekday) / 7 + 1),
+              .pm = static_cast<std::int16_t>(hour >= 12 ? 1 : 0),
+              .res1 = 0,
+              .res2 = 0,
+              .res3 = 0};
 }
 
 void LongDateToSeconds(const LongDateRec* pDate, LongDateTime* pLocal) noexcept

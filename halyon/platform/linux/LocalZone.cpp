@@ -49,13 +49,13 @@ std::int64_t OffsetAt(std::int64_t moment) noexcept
 struct YearKind
 {
     explicit YearKind(std::int64_t year) noexcept
-        : weekday(WeekdayFromDays(DaysFromCivil(year, 1, 1))), isLeap(IsLeapYear(year)),
+        : weekday(CivilFromSeconds(DaysFromCivil(year, 1, 1) * kSecondsPerDay).weekday), isLeap(IsLeapYear(year)),
           isAfterLeap(IsLeapYear(year - 1))
     {
     }
     bool operator==(const YearKind&) const noexcept = default;
 
-    std::int32_t weekday;
+    std::uint32_t weekday;
     bool isLeap;
     bool isAfterLeap;
 };
@@ -216,7 +216,7 @@ void LocalZone::MakeIndex()
 // The number of seconds from the year of `time` to one of the table that is like it.
 std::int64_t LocalZone::ShiftIntoTable(std::int64_t time) noexcept
 {
-    const std::int64_t year = CivilFromDays(FloorDivide(time, kSecondsPerDay)).year;
+    const std::int64_t year = CivilFromSeconds(time).year;
     // Both runs of 28 years hold all kinds: neither crosses the end of a century without its leap year.
     std::int64_t like = year < kFirstYear ? kFirstYear : kEndYear - 28;
     while (YearKind(like) != YearKind(year))
