@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <random>
 #include <set>
 #include <string>
@@ -24,38 +23,11 @@ namespace
 // Texts that end up to 33 bytes before the fault: every alignment, odd ones too.
 constexpr std::size_t kPlaces = 34;
 
-// Characters whose folding is known, with what they fold to. "@" and "`", "[" and "{" differ like the cases of a
-// letter.
-const std::map<char32_t, char32_t> kFolds = {{U'a', U'a'},
-                                             {U'A', U'a'},
-                                             {U'z', U'z'},
-                                             {U'Z', U'z'},
-                                             {U'@', U'@'},
-                                             {U'`', U'`'},
-                                             {U'[', U'['},
-                                             {U'{', U'{'},
-                                             {U'/', U'/'},
-                                             {U'k', U'k'},
-                                             {U'K', U'k'},
-                                             {U'\u212A', U'k'},
-                                             {U's', U's'},
-                                             {U'\u017F', U's'},
-                                             {U'\u00C9', U'\u00E9'},
-                                             {U'\u00E9', U'\u00E9'},
-                                             {U'\u00E1', U'\u00E1'},
-                                             {U'\u03A3', U'\u03C3'},
-                                             {U'\u03C3', U'\u03C3'},
-                                             {U'\u03C2', U'\u03C3'},
-                                             {U'\u5199', U'\u5199'},
-                                             {U'\u5179', U'\u5179'},
-                                             {U'\uFF21', U'\uFF41'},
-                                             {U'\uFF41', U'\uFF41'},
-                                             {U'\U00010400', U'\U00010428'},
-                                             {U'\U00010428', U'\U00010428'},
-                                             {U'\U0001F600', U'\U0001F600'},
-                                             {0xD801, 0xD801},
-                                             {0xDC00, 0xDC00},
-                                             {0xDC28, 0xDC28}};
+// Words of characters that are equal without regard to case; the first is what the others fold to. "@" and "`", "[" and
+// "{" differ like the cases of a letter and are none.
+constexpr std::u32string_view kCases =
+    U"aA zZ @ ` [ { / kK\u212A sS\u017F \u00E9\u00C9 \u00E1 \u03C3\u03A3\u03C2 \u5199 \u5179 \uFF41\uFF21 "
+    U"\U00010428\U00010400 \U0001F600 \xD801 \xDC00 \xDC28";
 
 void Append(std::u16string& text, char32_t c)
 {
@@ -82,16 +54,20 @@ std::u32string CodePoints(std::u16string_view text)
     return result;
 }
 
-char32_t Folded(char32_t c)
+std::u32string_view CasesOf(char32_t c)
 {
-    const auto found = kFolds.find(c);
-    return found != kFolds.end() ? found->second : c;
+    const std::size_t at = kCases.find(c);
+    if (at == std::u32string_view::npos)
+        return {};
+    const std::size_t start = kCases.rfind(U' ', at) + 1; // the first word starts at npos + 1
+    return kCases.substr(start, kCases.find(U' ', at) - start);
 }
 
 std::u32string Folded(std::u16string_view text)
 {
     std::u32string result = CodePoints(text);
-    std::transform(result.begin(), result.end(), result.begin(), [](char32_t c) { return Folded(c); });
+    for (char32_t& c : result)
+        c = CasesOf(c).empty() ? c : CasesOf(c).front();
     return result;
 }
 
@@ -120,11 +96,7 @@ int Sign(int value)
 class Texts
 {
 public:
-    Texts() : m_seed(std::random_device{}()), m_random(m_seed)
-    {
-        for (const auto& [c, folded] : kFolds)
-            m_alphabet += c;
-    }
+    Texts() : m_seed(std::random_device{}()), m_random(m_seed), m_alphabet(kCases) { std::erase(m_alphabet, U' '); }
 
     [[nodiscard]] std::string Seed() const { return "seed " + std::to_string(m_seed); }
 
@@ -145,8 +117,8 @@ public:
         std::u16string result;
         for (const char32_t c : CodePoints(text))
         {
-            const char32_t other = m_alphabet[Below(m_alphabet.size())];
-            Append(result, kFolds.at(other) == Folded(c) ? other : c);
+            const std::u32string_view cases = CasesOf(c);
+            Append(result, cases.empty() ? c : cases[Below(cases.size())]);
         }
         if (!result.empty() && Below(3) == 0)
             result[Below(result.size())] = Make(1)[0];
