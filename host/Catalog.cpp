@@ -1,17 +1,16 @@
 #include <host/Catalog.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
+#include <host/DatabaseFile.h>
 #include <host/HostError.h>
-#include <host/PrintableText.h>
 
 namespace HynHost
 {
@@ -47,56 +46,23 @@ constexpr const char16_t* kSchema[] = {
 
 constexpr std::string_view kOpenAction = "cannot open the catalogue";
 
-// Absolute: the engine takes some relative names for something else than a file.
-std::string AbsoluteFile(const std::string& name)
-{
-    std::error_code error;
-    std::string file = std::filesystem::absolute(name, error).string();
-    if (error)
-        throw HostError(kOpenAction, PrintableText(name), error.message());
-    if (!IsUTF8(file))
-        throw HostError(kOpenAction, PrintableText(name), "its path is not valid UTF-8");
-    return file;
-}
-
-void CheckContent(const std::string& file)
-{
-    constexpr std::string_view kMagic("SQLite format 3\0", 16);
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        ThrowSystemError(kOpenAction, file, errno);
-    std::array<char, kMagic.size()> head{};
-    stream.read(head.data(), head.size());
-    if (stream.gcount() != 0 && std::string_view(head.data(), head.size()) != kMagic)
-        throw HostError(kOpenAction, file, "it is not a database");
-}
-
-// The engine tells every refusal by the same code, so what can be known before is found out here.
 std::string CheckFile(const std::string& name, Catalog::Mode mode)
 {
-    std::string file = AbsoluteFile(name);
-    const std::string folder = std::filesystem::path(file).parent_path().string();
-    std::error_code error;
-    const auto status = std::filesystem::status(file, error);
-    const bool exists = std::filesystem::exists(status);
-    if (!exists && status.type() != std::filesystem::file_type::not_found)
-        throw HostError(kOpenAction, file, error.message());
-    if (!exists && mode == Catalog::Mode::Existing)
-        throw HostError(kOpenAction, file, "there is none; import a folder first");
-    if (exists && !std::filesystem::is_regular_file(status))
-        throw HostError(kOpenAction, file, "it is not a regular file");
+    DatabaseFile file = LookAtDatabaseFile(kOpenAction, name);
+    if (!file.exists && mode == Catalog::Mode::Existing)
+        throw HostError(kOpenAction, file.path, "there is none; import a folder first");
     if (mode == Catalog::Mode::Create)
     {
+        const std::string folder = std::filesystem::path(file.path).parent_path().string();
+        std::error_code error;
         if (!std::filesystem::create_directories(folder, error) && error)
             throw HostError("cannot make the folder", folder, error.message());
         if (access(folder.c_str(), W_OK) != 0) // the engine's journal lies beside the catalogue
             ThrowSystemError("cannot write the catalogue's folder", folder, errno);
-        if (exists && access(file.c_str(), W_OK) != 0)
-            ThrowSystemError("cannot write the catalogue", file, errno);
+        if (file.exists && access(file.path.c_str(), W_OK) != 0)
+            ThrowSystemError("cannot write the catalogue", file.path, errno);
     }
-    if (exists)
-        CheckContent(file);
-    return file;
+    return std::move(file.path);
 }
 
 std::int32_t Number(Database& database, const char16_t* sql)

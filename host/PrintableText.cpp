@@ -14,7 +14,9 @@ namespace
 std::size_t CharacterSize(std::string_view text)
 {
     const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t size = first < 0x80 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (first < 0x80)
+        return 1;
+    const std::size_t size = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
     return size <= text.size() && IsUTF8(text.substr(0, size)) ? size : 0;
 }
 

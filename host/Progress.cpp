@@ -7,8 +7,9 @@
 #include <cstdlib>
 #include <utility>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <host/Terminal.h>
 
 namespace HynHost
 {
@@ -23,15 +24,6 @@ bool IsTerminal()
 {
     const char* term = std::getenv("TERM");
     return isatty(STDERR_FILENO) != 0 && term != nullptr && std::string_view(term) != "dumb";
-}
-
-// Asked each time, so that a resized window is drawn right.
-std::size_t TerminalWidth()
-{
-    winsize size = {};
-    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
-        return 80;
-    return size.ws_col;
 }
 
 std::string TwoDigits(std::uint64_t number)
@@ -75,9 +67,7 @@ std::string ProgressBar(std::uint64_t done, std::uint64_t total, double seconds,
         return count + rest;
     const std::size_t cells = std::min<std::size_t>(width - count.size() - rest.size() - 4, 50);
     const auto full = static_cast<std::size_t>(done * cells / total);
-    std::string bar(1, '[');
-    bar.append(full, '#').append(cells - full, '-').append("]  ").append(count).append(rest);
-    return bar;
+    return "[" + std::string(full, '#') + std::string(cells - full, '-') + "]  " + count + rest;
 }
 
 Progress::Progress(std::string what) : m_what(std::move(what)), m_isTerminal(IsTerminal()) {}
@@ -98,7 +88,8 @@ void Progress::Update(std::uint64_t done)
     if (m_isTerminal)
     {
         // One column stays free: a full line would wrap on some terminals.
-        const std::string bar = ProgressBar(done, m_total, seconds, TerminalWidth() - 1);
+        const auto width = static_cast<std::size_t>(TerminalWidth(STDERR_FILENO).value_or(80) - 1);
+        const std::string bar = ProgressBar(done, m_total, seconds, width);
         std::fprintf(stderr, "\r%s\x1b[K", bar.c_str());
         m_isDrawn = true;
         m_next = now + kRedraw;
