@@ -2,13 +2,16 @@
 //
 // Exit status: 0 done; 1 it could not be done, the reason is on standard error; 2 a wrong command line; 130
 // interrupted.
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 
 #include <CLI/CLI.hpp>
 
 #include <halyon/framework/HynVersion.h>
+#include <host/HostError.h>
 #include <host/ImportCommand.h>
+#include <host/ListCommand.h>
 
 namespace
 {
@@ -18,9 +21,12 @@ int Run(int argc, char** argv)
     app.set_version_flag("--version", std::string("hynhost ") + HALYON_VERSION_TEXT);
     app.require_subcommand(1);
     HynHost::AddImportCommand(app);
+    HynHost::AddListCommand(app);
     try
     {
         app.parse(argc, argv);
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) // what could not be written was not done
+            HynHost::ThrowSystemError("cannot write to", "standard output", errno);
         return 0;
     }
     catch (const CLI::RuntimeError& error) // a subcommand's own exit status

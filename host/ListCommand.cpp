@@ -1,0 +1,304 @@
+#include <host/ListCommand.h>
+
+#include <algorithm>
+#include <array>
+#include <concepts>
+#include <cstddef>
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+
+#include <halyon/tools/CHynPubTools.h>
+#include <host/Catalog.h>
+#include <host/Terminal.h>
+#include <host/TextTable.h>
+
+using Halyon::CHynPubTools;
+
+namespace HynHost
+{
+namespace
+{
+using Align = TextTable::Align;
+
+struct Options
+{
+    std::string by;
+    std::string catalog;
+    std::size_t limit = std::numeric_limits<std::size_t>::max();
+};
+
+struct Medium
+{
+    std::string path;
+    std::string folder;
+    std::string kind;
+    long long size = 0;
+    FILETIME taken{};
+    std::int32_t width = 0; // 0: not known
+    std::int32_t height = 0;
+    std::int32_t rating = -1; // -1: none
+    bool problem = false;
+};
+
+// What is counted over the files of a group, or over all. They come with the latest first.
+struct Totals
+{
+    void Add(const Medium& medium)
+    {
+        last = files == 0 ? medium.taken : last;
+        first = medium.taken;
+        if (files == 0 || medium.size > largestSize)
+        {
+            largestSize = medium.size;
+            largestPath = medium.path;
+        }
+        ++files;
+        bytes += medium.size;
+        problems += medium.problem ? 1 : 0;
+    }
+
+    long long files = 0;
+    long long bytes = 0;
+    long long problems = 0;
+    FILETIME first{}; // by the moment taken
+    FILETIME last{};
+    long long largestSize = 0;
+    std::string largestPath;
+};
+
+// 1234567 as 1,234,567.
+template <std::integral Integer>
+std::string Number(Integer value)
+{
+    std::string text = std::to_string(value);
+    for (auto at = static_cast<std::ptrdiff_t>(text.size()) - 3; at > 0; at -= 3)
+        text.insert(static_cast<std::size_t>(at), 1, ',');
+    return text;
+}
+
+std::string LocalText(const char16_t* format, const FILETIME& moment)
+{
+    return CHynPubTools::FileTimeToString(format, &moment).ToUTF8();
+}
+
+std::string LocalDay(const FILETIME& moment)
+{
+    return LocalText(u"%04d-%02d-%02d", moment);
+}
+
+// The time of day. A format takes the date first, whether it is wanted or not.
+std::string LocalTime(const FILETIME& moment)
+{
+    const std::string whole = LocalText(u"%04d-%02d-%02d %02d:%02d:%02d", moment);
+    return whole.substr(whole.find(' ') + 1);
+}
+
+std::string Weekday(const FILETIME& moment)
+{
+    constexpr std::array<const char*, 7> kNames = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    std::uint32_t year = 0;
+    std::uint32_t month = 0;
+    std::uint32_t day = 0;
+    CHynPubTools::GetDateFromFileTime(&moment, year, month, day);
+    return kNames.at(CHynPubTools::GetDayofweek(static_cast<std::uint16_t>(year), static_cast<std::uint16_t>(month),
+                                                static_cast<std::uint16_t>(day)));
+}
+
+template <class Visit>
+void ForEachMedium(Catalog& catalog, Visit visit)
+{
+    RecordSet rows = catalog.GetDatabase().Query(u"SELECT path, folder, kind, size, taken, width, height,"
+                                                 u" ifnull(rating, -1), problem IS NOT NULL"
+                                                 u" FROM media ORDER BY taken DESC, path");
+    Medium medium;
+    for (; !rows.AtEnd(); rows.Next())
+    {
+        medium.path = rows.Text(0).value_or("");
+        medium.folder = rows.Text(1).value_or("");
+        medium.kind = rows.Text(2).value_or("");
+        medium.size = rows.Get<long long>(3);
+        medium.taken = rows.Get<FILETIME>(4);
+        medium.width = rows.Get<std::int32_t>(5);
+        medium.height = rows.Get<std::int32_t>(6);
+        medium.rating = rows.Get<std::int32_t>(7);
+        medium.problem = rows.Get<std::int32_t>(8) != 0;
+        visit(medium);
+    }
+}
+
+void Print(const TextTable& table, const Totals& all, std::size_t shown, std::size_t count, const char* noun)
+{
+    std::fputs(table.Text(TerminalWidth(STDOUT_FILENO)).c_str(), stdout);
+    if (shown < count)
+        std::printf("%s of %s %s are shown; the total counts all.\n", Number(shown).c_str(), Number(count).c_str(),
+                    noun);
+    if (all.problems != 0)
+        std::printf("%s of these files could not be read wholly.\n", Number(all.problems).c_str());
+}
+
+// --- one line a file -------------------------------------------------------------------------------------------------
+
+std::string Pixels(const Medium& medium)
+{
+    if (medium.width == 0 || medium.height == 0)
+        return {};
+    return std::to_string(medium.width) + "x" + std::to_string(medium.height);
+}
+
+std::string Stars(const Medium& medium)
+{
+    return std::string(static_cast<std::size_t>(std::clamp(medium.rating, 0, 5)), '*');
+}
+
+void ListFiles(Catalog& catalog, std::size_t limit)
+{
+    TextTable table({{"Taken"},
+                     {"Kind"},
+                     {"Bytes", Align::Right},
+                     {"Pixels", Align::Right},
+                     {"Stars"},
+                     {"Path", Align::Left, true}});
+    Totals all;
+    ForEachMedium(catalog,
+                  [&](const Medium& medium)
+                  {
+                      all.Add(medium);
+                      if (std::cmp_less_equal(all.files, limit))
+                          table.AddRow({LocalDay(medium.taken) + " " + LocalTime(medium.taken), medium.kind,
+                                        Number(medium.size), Pixels(medium), Stars(medium), medium.path});
+                  });
+    table.AddRule();
+    table.AddRow({"Total " + Number(all.files) + (all.files == 1 ? " file" : " files"), "", Number(all.bytes)});
+    const auto count = static_cast<std::size_t>(all.files);
+    Print(table, all, std::min(limit, count), count, "files");
+}
+
+// --- one line a group ------------------------------------------------------------------------------------------------
+
+// Groups by a key that sorts them.
+template <class Key>
+struct Grouping
+{
+    const char* noun;
+    std::vector<TextTable::Column> columns; // one for the group's name, files, bytes, and more
+    Key (*keyOf)(const Medium&);
+    std::vector<std::string> (*cellsOf)(const Key&, const Totals&);
+};
+
+template <class Key>
+void ListGroups(Catalog& catalog, std::size_t limit, Grouping<Key> grouping)
+{
+    std::map<Key, Totals> groups;
+    Totals all;
+    ForEachMedium(catalog,
+                  [&](const Medium& medium)
+                  {
+                      all.Add(medium);
+                      groups[grouping.keyOf(medium)].Add(medium);
+                  });
+    TextTable table(std::move(grouping.columns));
+    std::size_t shown = 0;
+    for (const auto& [key, totals] : groups)
+    {
+        if (shown == limit)
+            break;
+        table.AddRow(grouping.cellsOf(key, totals));
+        ++shown;
+    }
+    table.AddRule();
+    table.AddRow({"Total", Number(all.files), Number(all.bytes)});
+    Print(table, all, shown, groups.size(), grouping.noun);
+}
+
+Grouping<std::int64_t> ByDay()
+{
+    return {"days",
+            {{"Day"}, {"Files", Align::Right}, {"Bytes", Align::Right}, {"First"}, {"Last"}},
+            [](const Medium& medium) { // the latest day first
+                return -static_cast<std::int64_t>(CHynPubTools::ConvertFromFileTimeDW(&medium.taken));
+            },
+            [](const std::int64_t&, const Totals& totals) -> std::vector<std::string>
+            {
+                return {LocalDay(totals.first) + " " + Weekday(totals.first), Number(totals.files),
+                        Number(totals.bytes), LocalTime(totals.first), LocalTime(totals.last)};
+            }};
+}
+
+Grouping<std::string> ByFolder()
+{
+    return {
+        "folders",
+        {{"Folder", Align::Left, true}, {"Files", Align::Right}, {"Bytes", Align::Right}, {"From"}, {"To"}},
+        [](const Medium& medium) { return medium.folder; },
+        [](const std::string& folder, const Totals& totals) -> std::vector<std::string>
+        {
+            return {folder, Number(totals.files), Number(totals.bytes), LocalDay(totals.first), LocalDay(totals.last)};
+        }};
+}
+
+Grouping<std::string> ByKind()
+{
+    return {"kinds",
+            {{"Kind"}, {"Files", Align::Right}, {"Bytes", Align::Right}, {"Largest", Align::Left, true}},
+            [](const Medium& medium) { return medium.kind; },
+            [](const std::string& kind, const Totals& totals) -> std::vector<std::string>
+            {
+                return {kind, Number(totals.files), Number(totals.bytes), totals.largestPath};
+            }};
+}
+
+// Powers of ten, from 1,000 bytes on.
+Grouping<long long> BySize()
+{
+    return {"sizes",
+            {{"Size"}, {"Files", Align::Right}, {"Bytes", Align::Right}, {"Largest", Align::Left, true}},
+            [](const Medium& medium)
+            {
+                long long above = 1000;
+                while (above <= medium.size / 10)
+                    above *= 10;
+                return medium.size < above ? 0 : above;
+            },
+            [](const long long& from, const Totals& totals) -> std::vector<std::string>
+            {
+                return {from == 0 ? "below " + Number(1000) : "from " + Number(from), Number(totals.files),
+                        Number(totals.bytes), totals.largestPath};
+            }};
+}
+
+void RunList(const Options& options)
+{
+    Catalog catalog(options.catalog.empty() ? Catalog::DefaultFile() : options.catalog, Catalog::Mode::Existing);
+    if (options.by == "day")
+        ListGroups(catalog, options.limit, ByDay());
+    else if (options.by == "folder")
+        ListGroups(catalog, options.limit, ByFolder());
+    else if (options.by == "kind")
+        ListGroups(catalog, options.limit, ByKind());
+    else if (options.by == "size")
+        ListGroups(catalog, options.limit, BySize());
+    else
+        ListFiles(catalog, options.limit);
+}
+} // namespace
+
+void AddListCommand(CLI::App& app)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("list", "Show what the catalogue holds, the latest first");
+    command->add_option("--by", options->by, "One line for each local day, folder, kind or size, not for each file")
+        ->check(CLI::IsMember({"day", "folder", "kind", "size"}));
+    command->add_option("--limit", options->limit, "Show at most so many lines")->type_name("N");
+    command->add_option("--catalog", options->catalog, "The catalogue file")->type_name("FILE");
+    command->callback([options] { RunList(*options); });
+}
+} // namespace HynHost
