@@ -12,6 +12,7 @@
 #include <host/HostError.h>
 #include <host/ImportCommand.h>
 #include <host/ListCommand.h>
+#include <host/SqlCommand.h>
 
 namespace
 {
@@ -22,6 +23,7 @@ int Run(int argc, char** argv)
     app.require_subcommand(1);
     HynHost::AddImportCommand(app);
     HynHost::AddListCommand(app);
+    HynHost::AddSqlCommand(app);
     try
     {
         app.parse(argc, argv);
