@@ -1,0 +1,184 @@
+// `hynhost import` on real files.
+#include <tests/system/HostTest.h>
+
+#include <fstream>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using HalyonTest::HostOutcome;
+using HalyonTest::Shows;
+
+namespace
+{
+constexpr uid_t kNobody = 65534;
+
+class ImportTest : public HalyonTest::HostTest
+{
+protected:
+    // Each row as "name|columns", ordered by name.
+    [[nodiscard]] std::string Facts(const std::string& columns, const std::string& where) const
+    {
+        return Query("SELECT name || '|' || " + columns + " FROM media WHERE " + where + " ORDER BY name");
+    }
+
+    // When the pictures were taken, in UTC.
+    [[nodiscard]] std::string Taken(const std::string& where) const
+    {
+        return Facts("strftime('%Y-%m-%d %H:%M:%f', taken + 978307200, 'unixepoch')", where);
+    }
+};
+
+void Write(const std::filesystem::path& file, const std::string& content)
+{
+    std::ofstream(file, std::ios::binary) << content;
+}
+} // namespace
+
+TEST_F(ImportTest, FindsMediaByContentAndReportsBrokenOnes)
+{
+    const HostOutcome outcome = Import(CopySamples());
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(Shows(outcome.out, "37 new, 0 changed, 0 unchanged, 0 gone"));
+    EXPECT_TRUE(Shows(outcome.out, "2 other files"));
+    EXPECT_TRUE(Shows(outcome.err, "1 problem:\n"));
+    EXPECT_TRUE(Shows(outcome.err, "Old album/cut short.jpg: "));
+    EXPECT_EQ(Query("SELECT kind, count(*) FROM media GROUP BY kind ORDER BY kind"),
+              "FLAC,1\nGIF,1\nHEIF,2\nJPEG,20\nMKV,1\nMOV,1\nMP3,1\nMP4,2\nPNG,3\nTIFF,2\nWAV,1\nWebP,2\n");
+    EXPECT_EQ(Facts("kind", "name IN ('IMG_0042', 'really a PNG.jpg', '日本語 雪まつり.jpg')"),
+              "IMG_0042|JPEG\nreally a PNG.jpg|PNG\n日本語 雪まつり.jpg|JPEG\n");
+}
+
+TEST_F(ImportTest, TellsTheMomentFromTheCameraOrElseFromTheFile)
+{
+    m_zone = "America/New_York";
+    ASSERT_EQ(Import(CopySamples()).status, 0);
+    // With a zone of the camera's own; quarters of an hour and fractions of a second count.
+    EXPECT_EQ(Taken("name IN ('burst-2.jpg', 'last tram.jpg', 'Pokhara.jpg', 'powder.heic')"),
+              "Pokhara.jpg|2024-10-26 01:10:00.000\nburst-2.jpg|2024-05-18 05:03:22.375\n"
+              "last tram.jpg|2024-02-10 14:40:05.000\npowder.heic|2024-02-11 23:31:17.000\n");
+    // Without one the moment is local, by the rules of its day.
+    EXPECT_EQ(Taken("name IN ('azulejos.png', 'farol.tif', 'farol à noite.webp', 'grandmother''s lighthouse.jpg')"),
+              "azulejos.png|2024-03-22 15:02:09.000\nfarol à noite.webp|2024-03-24 01:10:02.000\n"
+              "farol.tif|2024-03-24 00:58:33.000\ngrandmother's lighthouse.jpg|1968-06-02 19:30:00.000\n");
+    EXPECT_EQ(Taken("name IN ('no date.jpg', 'dunes.gif', 'fado.mp3', 'cut short.jpg')"),
+              "cut short.jpg|2024-06-01 12:00:00.000\ndunes.gif|2024-06-01 12:00:00.000\n"
+              "fado.mp3|2024-06-01 12:00:00.000\nno date.jpg|2024-06-01 12:00:00.000\n");
+}
+
+TEST_F(ImportTest, KnowsPixelsAndRatings)
+{
+    ASSERT_EQ(Import(CopySamples()).status, 0);
+    EXPECT_EQ(Facts("width || 'x' || height || ' ' || ifnull(rating, '-')",
+                    "name IN ('panorama.jpg', 'Pokhara.jpg', 'azulejos.png', 'dunes.gif', 'farol à noite.webp',"
+                    " 'hut.tiff', 'balloon meet.heif', 'paraglider.mp4', 'fireworks.mov', 'prayer flags.mkv')"),
+              "Pokhara.jpg|533x400 3\nazulejos.png|480x480 4\nballoon meet.heif|480x360 -\ndunes.gif|320x200 -\n"
+              "farol à noite.webp|400x600 2\nfireworks.mov|320x180 -\nhut.tiff|320x240 -\npanorama.jpg|800x260 5\n"
+              "paraglider.mp4|320x240 -\nprayer flags.mkv|320x240 -\n");
+    EXPECT_EQ(Query("SELECT count(*) FROM media WHERE width IS NULL AND kind NOT IN ('WAV', 'MP3', 'FLAC')"), "1\n")
+        << "only the broken picture has no size";
+}
+
+TEST_F(ImportTest, TouchesOnlyWhatChanged)
+{
+    const auto media = CopySamples();
+    ASSERT_EQ(Import(media).status, 0);
+    const auto written = std::filesystem::last_write_time(Catalog());
+
+    EXPECT_TRUE(Shows(Import(media).out, "0 new, 0 changed, 37 unchanged, 0 gone"));
+    EXPECT_EQ(std::filesystem::last_write_time(Catalog()), written);
+
+    std::filesystem::remove(media / "2024-05 Alps/burst-1.jpg");
+    std::filesystem::remove_all(media / "2024-03 Lisboa");
+    std::filesystem::copy_file(media / "2024-05 Alps/burst-2.jpg", media / "burst-4.jpg");
+    std::filesystem::copy_file(media / "Old album/no date.jpg", media / "Old album/cut short.jpg",
+                               std::filesystem::copy_options::overwrite_existing);
+    const HostOutcome outcome = Import(media);
+    EXPECT_TRUE(Shows(outcome.out, "1 new, 1 changed, 29 unchanged, 7 gone"));
+    EXPECT_EQ(outcome.err, "") << "the broken picture was replaced";
+    EXPECT_EQ(Query("SELECT count(*), sum(name = 'burst-4.jpg'), sum(folder LIKE '%Lisboa') FROM media"), "31,1,0\n");
+}
+
+TEST_F(ImportTest, OddFilesAreReportedAndNeverFatal)
+{
+    const auto media = CopySamples({"2024-12 Merzouga/dunes.jpg", "2024-05 Alps/burst-1.jpg"});
+    std::filesystem::create_directory_symlink("..", media / "2024-05 Alps/up");
+    std::filesystem::create_symlink("nowhere", media / "dangling");
+    Write(media / "\xff\xfe.jpg", "not UTF-8");
+    ASSERT_EQ(mkfifo((media / "pipe").c_str(), 0666), 0);
+
+    HostOutcome outcome = Import(media);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(Shows(outcome.out, "2 new"));
+    EXPECT_TRUE(Shows(outcome.err, "\\xff\\xfe.jpg: "));
+
+    outcome = Host({"import", "--follow-links", media.string(), "--catalog", Catalog()});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_TRUE(Shows(outcome.out, "0 new, 0 changed, 2 unchanged, 0 gone"));
+    EXPECT_TRUE(Shows(outcome.err, "/dangling: "));
+}
+
+TEST_F(ImportTest, WhatMayNotBeReadIsReported)
+{
+    if (getuid() != 0)
+        GTEST_SKIP() << "root alone can be somebody else";
+    const auto media = CopySamples({"2024-12 Merzouga/dunes.jpg", "2024-05 Alps/burst-1.jpg", "Old album/no date.jpg"});
+    ASSERT_EQ(chmod((media / "2024-05 Alps/burst-1.jpg").c_str(), 0), 0);
+    ASSERT_EQ(chmod((media / "Old album").c_str(), 0), 0);
+    ASSERT_EQ(chmod(Path("").c_str(), 0777), 0);
+
+    const HostOutcome outcome = Import(media, {.user = kNobody});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(Shows(outcome.out, "1 new"));
+    EXPECT_TRUE(Shows(outcome.err, "burst-1.jpg: Permission denied"));
+    EXPECT_TRUE(Shows(outcome.err, "Old album"));
+}
+
+TEST_F(ImportTest, RefusesWhatIsNoCatalogueAndLeavesItAlone)
+{
+    const auto media = CopySamples({"2024-12 Merzouga/dunes.jpg"});
+    const std::string text = "This is a diary, and no database at all.\n";
+    Write(Path("diary"), text);
+    const std::string other = Path("other.db").string();
+    ASSERT_EQ(Host({"sql", "--create", other, "CREATE TABLE mine (x)"}).status, 0);
+    const struct
+    {
+        std::string catalog;
+        std::string reason;
+    } cases[] = {{Path("diary"), "it is not a database"},
+                 {other, "it is a database of something else"},
+                 {Path(""), "it is not a regular file"}};
+    for (const auto& [catalog, reason] : cases)
+    {
+        const HostOutcome outcome = Host({"import", media.string(), "--catalog", catalog});
+        EXPECT_EQ(outcome.status, 1) << catalog;
+        EXPECT_TRUE(Shows(outcome.err, reason));
+    }
+    std::ifstream diary(Path("diary"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(diary), {}), text);
+    EXPECT_EQ(Host({"sql", "--csv", other, "SELECT name FROM sqlite_schema"}).out, "name\r\nmine\r\n");
+}
+
+TEST_F(ImportTest, ReadOnlyCatalogueIsNamed)
+{
+    if (getuid() != 0)
+        GTEST_SKIP() << "root alone can be somebody else";
+    const auto media = CopySamples({"2024-12 Merzouga/dunes.jpg"});
+    ASSERT_EQ(Import(media).status, 0);
+    ASSERT_EQ(chmod(Path("").c_str(), 0777), 0);
+    ASSERT_EQ(chmod(Catalog().c_str(), 0444), 0);
+
+    const HostOutcome outcome = Import(media, {.user = kNobody});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(Shows(outcome.err, "cannot write the catalogue " + Catalog() + ": Permission denied"));
+    EXPECT_EQ(List({}, {.user = kNobody}).status, 0) << "reading it needs no more";
+}
+
+TEST_F(ImportTest, MissingModuleIsNamed)
+{
+    const HostOutcome outcome =
+        Import(CopySamples({"Old album/no date.jpg"}), {.environment = {{"HALYON_MODULE", "/nowhere/HynSQ.so"}}});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(Shows(outcome.err, "/nowhere/HynSQ.so"));
+    EXPECT_FALSE(std::filesystem::exists(Catalog()));
+}

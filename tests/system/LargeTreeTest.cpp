@@ -1,0 +1,63 @@
+// Journeys over a tree of 20,000 files.
+#include <tests/system/HostTest.h>
+
+#include <cstdlib>
+
+using HalyonTest::HostOutcome;
+using HalyonTest::HostProcess;
+using HalyonTest::Shows;
+
+namespace
+{
+class LargeTreeTest : public HalyonTest::HostTest
+{
+protected:
+    void SetUp() override
+    {
+        const std::string command = "'" HALYON_SCRIPTS "/make-tree' '" + Tree().string() + "' >/dev/null";
+        ASSERT_EQ(std::system(command.c_str()), 0);
+    }
+
+    [[nodiscard]] std::filesystem::path Tree() const { return Path("tree"); }
+};
+} // namespace
+
+TEST_F(LargeTreeTest, IsImportedListedAndImportedAgain)
+{
+    const HostOutcome first = Import(Tree());
+    EXPECT_TRUE(Shows(first.out, "20000 new, 0 changed, 0 unchanged, 0 gone"));
+    EXPECT_EQ(first.err.find_first_of("\r\x1b"), std::string::npos) << "no bar on a pipe: " << first.err;
+
+    EXPECT_TRUE(Shows(Import(Tree()).out, "0 new, 0 changed, 20000 unchanged, 0 gone"));
+    EXPECT_EQ(Query("SELECT count(DISTINCT taken), min(rating), max(rating), min(width), max(width) FROM media"),
+              "20000,1,5,48,96\n");
+
+    const HostOutcome days = List({"--by", "day", "--limit", "2"});
+    EXPECT_EQ(days.out, "Day              Files      Bytes  First     Last\n"
+                        "--------------  ------  ---------  --------  --------\n"
+                        "2013-09-09 Mon       3        747  00:29:00  03:43:00\n"
+                        "2013-09-08 Sun      15      3,763  00:14:00  22:52:00\n"
+                        "--------------  ------  ---------  --------  --------\n"
+                        "Total           20,000  4,884,992\n"
+                        "2 of 1,348 days are shown; the total counts all.\n");
+}
+
+TEST_F(LargeTreeTest, InterruptedImportLeavesAWholeCatalogueAndCompletesLater)
+{
+    HostProcess process({"import", Tree().string(), "--catalog", Catalog()}, InZone({.terminalColumns = 80}));
+    ASSERT_TRUE(process.WaitFor(" of 20000")) << "the bar";
+    process.Type("\x03");
+    const HostOutcome interrupted = process.Finish();
+    EXPECT_EQ(interrupted.status, 130);
+    EXPECT_TRUE(Shows(interrupted.out, "interrupted after "));
+    EXPECT_TRUE(Shows(interrupted.out, " left")) << "count, rate and time left";
+
+    EXPECT_EQ(Query("PRAGMA integrity_check"), "ok\n");
+    const int stored = std::stoi(Query("SELECT count(*) FROM media"));
+    EXPECT_LT(stored, 20000);
+    EXPECT_TRUE(Shows(interrupted.out, "interrupted after " + std::to_string(stored) + " of 20000 files"));
+
+    const HostOutcome rest = Import(Tree());
+    EXPECT_TRUE(Shows(rest.out, std::to_string(20000 - stored) + " new, 0 changed, " + std::to_string(stored) +
+                                    " unchanged, 0 gone"));
+}
