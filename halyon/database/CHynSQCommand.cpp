@@ -48,18 +48,25 @@ HynResult CHynSQCommand::PrepareSQL(const char16_t* sql)
     if (database == nullptr)
         return HYN_E_FAIL;
 
-    // The plain preparation, deliberately: its statements report a constraint or a changed schema at once, as a failed
-    // step, and never prepare themselves anew behind the caller's back.
+    Close();
+    const HynResult result = Prepare(database, sql, &m_pStatement);
+    m_uForkCount = TovGetForkCount();
+    m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
+    m_nColumns = sqlite3_column_count(m_pStatement);
+    return result;
+}
+
+HynResult CHynSQCommand::Prepare(sqlite3* database, const char16_t* sql, sqlite3_stmt** ppStatement) noexcept
+{
     for (;;)
     {
-        Close();
-        // No tail is asked for: to find it the engine counts the characters of the whole text, twice.
-        const int code = sqlite3_prepare16(database, sql, -1, &m_pStatement, nullptr);
-        m_uForkCount = TovGetForkCount();
-        m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
-        m_nColumns = sqlite3_column_count(m_pStatement);
+        // The plain preparation, deliberately: its statements report a constraint or a changed schema at once, as a
+        // failed step, and never prepare themselves anew behind the caller's back. No tail is asked for: to find it the
+        // engine counts the characters of the whole text, twice.
+        const int code = sqlite3_prepare16(database, sql, -1, ppStatement, nullptr);
         if (code != SQLITE_BUSY)
             return FromEngine(code);
+        sqlite3_finalize(*ppStatement);
         TovUSleep(kPrepareRetryMicroseconds);
     }
 }
@@ -132,9 +139,12 @@ HynResult CHynSQCommand::OpenRecordSet(IHynSQRecordSet** ppRecordSet)
 {
     if (ppRecordSet == nullptr)
         return HYN_E_FAIL;
-    CHynAutoPtr<CHynSQRecordSet> spRecordSet = new (std::nothrow) CHynSQRecordSet(this);
-    if (spRecordSet == nullptr)
+    auto* recordSet = new (std::nothrow) CHynSQRecordSet(this);
+    if (recordSet == nullptr)
         return HYN_E_FAIL;
+    recordSet->TakeFirstReference();
+    CHynAutoPtr<CHynSQRecordSet> spRecordSet;
+    spRecordSet.Attach(recordSet);
     const HynResult result = spRecordSet->Next();
     if (HynFailed(result))
         return result;
