@@ -48,25 +48,18 @@ HynResult CHynSQCommand::PrepareSQL(const char16_t* sql)
     if (database == nullptr)
         return HYN_E_FAIL;
 
-    Close();
-    const HynResult result = Prepare(database, sql, &m_pStatement);
-    m_uForkCount = TovGetForkCount();
-    m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
-    m_nColumns = sqlite3_column_count(m_pStatement);
-    return result;
-}
-
-HynResult CHynSQCommand::Prepare(sqlite3* database, const char16_t* sql, sqlite3_stmt** ppStatement) noexcept
-{
+    // The plain preparation, deliberately: its statements report a constraint or a changed schema at once, as a failed
+    // step, and never prepare themselves anew behind the caller's back.
     for (;;)
     {
-        // The plain preparation, deliberately: its statements report a constraint or a changed schema at once, as a
-        // failed step, and never prepare themselves anew behind the caller's back. No tail is asked for: to find it the
-        // engine counts the characters of the whole text, twice.
-        const int code = sqlite3_prepare16(database, sql, -1, ppStatement, nullptr);
+        Close();
+        // No tail is asked for: to find it the engine counts the characters of the whole text, twice.
+        const int code = sqlite3_prepare16(database, sql, -1, &m_pStatement, nullptr);
+        m_uForkCount = TovGetForkCount();
+        m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
+        m_nColumns = sqlite3_column_count(m_pStatement);
         if (code != SQLITE_BUSY)
             return FromEngine(code);
-        sqlite3_finalize(*ppStatement);
         TovUSleep(kPrepareRetryMicroseconds);
     }
 }
@@ -139,12 +132,9 @@ HynResult CHynSQCommand::OpenRecordSet(IHynSQRecordSet** ppRecordSet)
 {
     if (ppRecordSet == nullptr)
         return HYN_E_FAIL;
-    auto* recordSet = new (std::nothrow) CHynSQRecordSet(this);
-    if (recordSet == nullptr)
+    CHynAutoPtr<CHynSQRecordSet> spRecordSet = new (std::nothrow) CHynSQRecordSet(this);
+    if (spRecordSet == nullptr)
         return HYN_E_FAIL;
-    recordSet->TakeFirstReference();
-    CHynAutoPtr<CHynSQRecordSet> spRecordSet;
-    spRecordSet.Attach(recordSet);
     const HynResult result = spRecordSet->Next();
     if (HynFailed(result))
         return result;

@@ -9,7 +9,6 @@
 #include <halyon/framework/CHynUnknown.h>
 
 class CHynSQConnection;
-struct sqlite3;
 struct sqlite3_stmt;
 
 class CHynSQCommand : public Halyon::IHynSQCommand, public Halyon::CHynUnknown
@@ -48,10 +47,6 @@ public:
 
     // The statement for a caller that has just learnt that this process prepared it. [owner]
     sqlite3_stmt* GetOwnStatement() const noexcept { return m_pStatement; }
-
-    // Prepares the first statement of `sql`, with the waits for a busy database. What the engine gave is in
-    // `*ppStatement`, also on failure. HYN_E_FAIL as PrepareSQL. [owner]
-    static Halyon::HynResult Prepare(sqlite3* database, const char16_t* sql, sqlite3_stmt** ppStatement) noexcept;
 
     // Finalizes the statement; returns the engine's own code, 0 without a statement. [owner]
     int Close() noexcept;

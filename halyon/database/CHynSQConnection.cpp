@@ -1,12 +1,10 @@
 #include <halyon/database/CHynSQConnection.h>
 
 #include <new>
-#include <typeinfo>
 
 #include <sqlite3.h>
 
 #include <halyon/database/CHynSQCommand.h>
-#include <halyon/database/CHynSQRecordSet.h>
 #include <halyon/framework/CHynAutoPtr.h>
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/HynThreadID.h>
@@ -81,8 +79,6 @@ HynResult CHynSQConnection::DisConnect()
         if (handle.uForkCount == forkCount)
             CloseHandle(handle.pDatabase);
     }
-    for (auto& recent : m_recent)
-        recent.store(nullptr, std::memory_order_relaxed);
     m_handles.clear();
     m_uHandles.store(0, std::memory_order_relaxed);
     return HYN_S_OK;
@@ -108,10 +104,6 @@ HynResult CHynSQConnection::RollbackTrans()
 
 HynResult CHynSQConnection::ExecuteSQL(const char16_t* sql)
 {
-    // Only a class that overrides CreateCommand could see the command that this takes.
-    if (&typeid(*this) == &typeid(CHynSQConnection))
-        return ExecuteWithoutCommand(sql);
-
     CHynAutoPtr<IHynSQCommand> spCommand;
     HynResult result = CreateCommand(spCommand.Receive());
     if (HynFailed(result))
@@ -120,19 +112,6 @@ HynResult CHynSQConnection::ExecuteSQL(const char16_t* sql)
     if (HynFailed(result))
         return result;
     result = spCommand->ExecuteSQL();
-    return HynFailed(result) ? result : HYN_S_OK;
-}
-
-HynResult CHynSQConnection::ExecuteWithoutCommand(const char16_t* sql) noexcept
-{
-    sqlite3* database = FindCreateConnection();
-    if (database == nullptr || sql == nullptr)
-        return HYN_E_FAIL;
-    sqlite3_stmt* statement = nullptr;
-    HynResult result = CHynSQCommand::Prepare(database, sql, &statement);
-    if (HynSucceeded(result))
-        result = statement != nullptr ? CHynSQRecordSet::Step(statement) : HYN_E_FAIL;
-    sqlite3_finalize(statement);
     return HynFailed(result) ? result : HYN_S_OK;
 }
 
@@ -153,11 +132,10 @@ HynResult CHynSQConnection::CreateCommand(IHynSQCommand** ppCommand)
 {
     if (ppCommand == nullptr || FindCreateConnection() == nullptr)
         return HYN_E_FAIL;
-    auto* command = new (std::nothrow) CHynSQCommand(this);
-    if (command == nullptr)
+    CHynAutoPtr<CHynSQCommand> spCommand = new (std::nothrow) CHynSQCommand(this);
+    if (spCommand == nullptr)
         return HYN_E_FAIL;
-    command->TakeFirstReference();
-    *ppCommand = command;
+    *ppCommand = spCommand.Detach();
     return HYN_S_OK;
 }
 
@@ -169,33 +147,24 @@ long long CHynSQConnection::GetLastInsertID()
 
 sqlite3* CHynSQConnection::FindCreateConnection() noexcept
 {
+    const CHynAutoLock lock(m_mapLock);
     const std::uint32_t threadID = HynGetCurrentThreadID();
     const std::uint32_t forkCount = TovGetForkCount();
-    const HandleMap::value_type* recent = RecentOf(threadID).load(std::memory_order_acquire);
-    if (recent != nullptr && recent->first == threadID && recent->second.uForkCount == forkCount)
-        return recent->second.pDatabase;
-    return FindCreateInMap(threadID, forkCount);
-}
+    const auto found = m_handles.find(threadID);
+    if (found != m_handles.end() && found->second.uForkCount == forkCount)
+        return found->second.pDatabase;
 
-sqlite3* CHynSQConnection::FindCreateInMap(std::uint32_t threadID, std::uint32_t forkCount) noexcept
-{
-    const CHynAutoLock lock(m_mapLock);
-    auto entry = m_handles.find(threadID);
-    if (entry == m_handles.end() || entry->second.uForkCount != forkCount)
+    sqlite3* database = OpenHandle(m_strPath);
+    try
     {
-        sqlite3* database = OpenHandle(m_strPath);
-        try
-        {
-            entry = m_handles.insert_or_assign(threadID, Handle{database, forkCount}).first;
-            m_uHandles.store(m_handles.size(), std::memory_order_release);
-        }
-        catch (const std::bad_alloc&)
-        {
-            // Not remembered: the next call from this thread tries again.
-            sqlite3_close(database);
-            return nullptr;
-        }
+        m_handles.insert_or_assign(threadID, Handle{database, forkCount});
+        m_uHandles.store(m_handles.size(), std::memory_order_release);
     }
-    RecentOf(threadID).store(&*entry, std::memory_order_release);
-    return entry->second.pDatabase;
+    catch (const std::bad_alloc&)
+    {
+        // Not remembered: the next call from this thread tries again.
+        sqlite3_close(database);
+        return nullptr;
+    }
+    return database;
 }

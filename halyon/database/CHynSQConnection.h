@@ -8,7 +8,6 @@
 // only what no longer changes, and the caller of the others guarantees that it is alone.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <map>
 
@@ -55,22 +54,10 @@ private:
         std::uint32_t uForkCount; // the process that opened it; another process neither uses nor closes it
     };
 
-    using HandleMap = std::map<std::uint32_t, Handle>; // by thread identifier
-
-    [[nodiscard]] std::atomic<const HandleMap::value_type*>& RecentOf(std::uint32_t threadID) noexcept
-    {
-        return m_recent[threadID % m_recent.size()];
-    }
-    Halyon::HynResult ExecuteWithoutCommand(const char16_t* sql) noexcept;
-    sqlite3* FindCreateInMap(std::uint32_t threadID, std::uint32_t forkCount) noexcept;
-
     CTovStringW m_strPath;
     CTovStringW m_strSecond;
     CTovStringW m_strThird;
-    HandleMap m_handles; // guarded by m_mapLock
+    std::map<std::uint32_t, Handle> m_handles; // by thread identifier; guarded by m_mapLock
     Halyon::CHynLock m_mapLock;
     std::atomic<std::size_t> m_uHandles = 0; // the map's size, for Connect
-    // Entries of the map that were found lately, so that a thread finds its own without the lock. An entry stays where
-    // it is until DisConnect, and only its own thread reads more of it than the identifier.
-    std::array<std::atomic<const HandleMap::value_type*>, 8> m_recent{};
 };
