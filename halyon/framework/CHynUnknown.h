@@ -25,8 +25,6 @@
 // A new object has the count 0; whoever makes it takes the first reference.
 #pragma once
 
-#include <atomic>
-
 #include <halyon/framework/HynLock.h>
 #include <halyon/framework/IHynUnknown.h>
 
@@ -55,27 +53,10 @@ public:
         return count;
     }
 
-    // Makes the count 1. Requires: it is 0 and no other thread has met this counter.
-    void start() noexcept { m_uCount = 1; }
-
 private:
-    std::uint32_t m_uCount = 0; // stepped under m_lock, or atomically
+    std::uint32_t m_uCount = 0; // guarded by m_lock
     TLock m_lock;
 };
-
-// Nothing but the count lies under the platform's lock, so one atomic step is all that holding it comes to. The lock
-// keeps its place: other binaries rely on the layout.
-template <>
-inline std::uint32_t LockCounter<CHynLock>::increment() noexcept
-{
-    return std::atomic_ref(m_uCount).fetch_add(1, std::memory_order_acq_rel) + 1;
-}
-
-template <>
-inline std::uint32_t LockCounter<CHynLock>::decrement() noexcept
-{
-    return std::atomic_ref(m_uCount).fetch_sub(1, std::memory_order_acq_rel) - 1;
-}
 
 class CHynUnknown
 {
@@ -90,10 +71,6 @@ public:
 
     // Gives one reference back; the object is destroyed at 0. Returns the new count. [any]
     virtual std::uint32_t DefaultRelease();
-
-    // Takes the first reference for whoever has just made the object, without the lock. Requires: the count is 0 and no
-    // other thread has met the object.
-    void TakeFirstReference() noexcept { m_count.start(); }
 
     // Answers nothing: HYN_E_NOINTERFACE, `ppv` untouched. Component classes override it. [any]
     virtual HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv);
