@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <memory>
 #include <set>
 #include <thread>
 #include <vector>
@@ -229,7 +230,8 @@ TEST(Event, WaitsAndSignalsMayRaceWithTheClosing)
 TEST(HandleTable, NoHandleComesTwice)
 {
     using Table = Halyon::Linux::HandleTable<Halyon::Linux::HandleSlot, 2, 4>;
-    static constinit Table table;
+    const auto spTable = std::make_unique<Table>();
+    Table& table = *spTable;
     std::set<Table::Handle> handles;
     while (Halyon::Linux::HandleSlot* slot = table.Acquire())
     {

@@ -179,7 +179,8 @@ TEST(Thread, HasAtLeastTheStackThatWasAskedFor)
 
 TEST(Thread, PriorityIsRelativeToTheProcess)
 {
-    const int usual = getpriority(PRIO_PROCESS, 0) + 3;
+    const int before = getpriority(PRIO_PROCESS, 0);
+    const int usual = before + 3;
     ASSERT_EQ(setpriority(PRIO_PROCESS, 0, usual), 0);
     Gated gated;
     EXPECT_EQ(TovSetThreadPriority(gated.thread, -2), 0);
@@ -193,6 +194,7 @@ TEST(Thread, PriorityIsRelativeToTheProcess)
     EXPECT_EQ(TovWaitThread(gated.thread, kTovForever), 0);
     EXPECT_NE(TovSetThreadPriority(gated.thread, -2), 0) << "another thread may have its identifier by now";
     TovCloseThreadRef(gated.thread);
+    setpriority(PRIO_PROCESS, 0, before);
 }
 
 TEST(ThreadID, IsTheKernelsAndNoOtherThreadHasIt)
@@ -266,6 +268,7 @@ TEST(Sleep, GoesWhereTheProgramSendsIt)
     {
         g_slept += microseconds;
     };
+    g_slept = 0;
     EXPECT_EQ(TovSetSleepProc(count), nullptr);
     TovSleep(0xFFFFFFFFu);
     TovUSleep(7);
