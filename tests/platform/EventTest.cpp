@@ -1,6 +1,7 @@
 // Events: one wait a signal, nothing lost, and handles that are safe after their event is gone.
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <set>
@@ -13,6 +14,8 @@
 #include <halyon/platform/linux/TovHandleTable.h>
 
 #include "tests/support/Asleep.h"
+
+#include <sched.h>
 
 using HalyonTest::UntilAsleep;
 
@@ -29,6 +32,9 @@ public:
             m_threads.emplace_back(
                 [this, event, &id]
                 {
+                    // One that is woken does not push the thread that woke it off the processor.
+                    const sched_param none{};
+                    sched_setscheduler(0, SCHED_BATCH, &none);
                     id = GetCurrentTovThreadID();
                     ++(TovWaitEvent(event, kTovForever) == 0 ? m_signalled : m_failed);
                 });
@@ -66,8 +72,29 @@ private:
     TovSleepProc m_before;
 };
 
+// The calling thread, and those it makes, take turns on one processor.
+class OneProcessor
+{
+public:
+    OneProcessor()
+    {
+        sched_getaffinity(0, sizeof m_before, &m_before);
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(static_cast<std::size_t>(sched_getcpu()), &one);
+        sched_setaffinity(0, sizeof one, &one);
+    }
+    ~OneProcessor() { sched_setaffinity(0, sizeof m_before, &m_before); }
+    OneProcessor(const OneProcessor&) = delete;
+    OneProcessor& operator=(const OneProcessor&) = delete;
+
+private:
+    cpu_set_t m_before{};
+};
+
 TEST(Event, EachSignalEndsOneWait)
 {
+    const OneProcessor turns;
     const TovEventRef event = TovCreateEvent(0, 0);
     Waiters waiters(event, 8);
     // One after the other, without giving a waiter the time to run.
@@ -88,7 +115,9 @@ TEST(Event, ASignalWithoutAWaiterIsKeptOnce)
     EXPECT_NE(TovWaitEvent(event, 0), 0);
     // A wait that has given up is no waiter any more.
     const auto begin = std::chrono::steady_clock::now();
+    errno = EDOM;
     EXPECT_NE(TovWaitEvent(event, 2), 0);
+    EXPECT_EQ(errno, EDOM) << "a guard in a destructor would hide what a call before it said";
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2));
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(TovSetEvent(event), 0);
