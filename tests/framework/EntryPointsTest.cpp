@@ -222,6 +222,6 @@ TEST(ModuleLife, LoadingAndClosingAThousandTimesLeavesNothing)
         EXPECT_EQ(CountMappings(), mappings);
     }
     // 0 under the sanitizers, whose allocators do not count here; they look for leaks themselves.
-    EXPECT_LE(mallinfo2().uordblks, heap + 500 * 16) << "no block a round";
+    EXPECT_LE(mallinfo2().uordblks, heap + std::size_t{500} * 16) << "no block a round";
 }
 } // namespace
