@@ -1,5 +1,6 @@
 #include <host/SqlResult.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstring>
@@ -76,7 +77,7 @@ std::vector<std::string> LikelyNames(Database& database, const SqlStatement& sta
 std::string ToUTF8(const std::vector<std::uint8_t>& units)
 {
     std::u16string text(units.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), units.data(), text.size() * sizeof(char16_t));
+    std::copy_n(units.begin(), text.size() * sizeof(char16_t), reinterpret_cast<std::uint8_t*>(text.data()));
     return CTovStringW(std::u16string_view(text)).ToUTF8();
 }
 
@@ -222,7 +223,8 @@ SqlValue SqlResult::InferredValue(std::int32_t column) const
     if (result == Halyon::HYN_E_SQNULLVALUE)
         return std::monostate();
     const std::size_t size = tov_wcslen(units.c_str()) * sizeof(char16_t);
-    if (Halyon::HynFailed(result) || size != bytes.size() || std::memcmp(units.data(), bytes.data(), size) != 0)
+    if (Halyon::HynFailed(result) || size != bytes.size() ||
+        !std::equal(bytes.begin(), bytes.end(), reinterpret_cast<const std::uint8_t*>(units.data())))
         return bytes;
     const std::string text = ToUTF8(bytes);
     const auto integer = m_rows->Get<long long>(column);
