@@ -18,6 +18,18 @@ const char* HynResultName(HynResult result) noexcept
         return "HYN_E_NOINTERFACE";
     case HYN_E_POINTER:
         return "HYN_E_POINTER";
+    case HYN_S_EVENT_HANDLED:
+        return "HYN_S_EVENT_HANDLED";
+    case HYN_E_THREADNOTRUNNING:
+        return "HYN_E_THREADNOTRUNNING";
+    case HYN_E_THREADNOEVENT:
+        return "HYN_E_THREADNOEVENT";
+    case HYN_E_THREADNOTHREAD:
+        return "HYN_E_THREADNOTHREAD";
+    case HYN_E_THREADRUNNING:
+        return "HYN_E_THREADRUNNING";
+    case HYN_E_NOHANDLER:
+        return "HYN_E_NOHANDLER";
     case HYN_E_SQSTEP:
         return "HYN_E_SQSTEP";
     case HYN_E_SQNULLVALUE:

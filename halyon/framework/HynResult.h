@@ -10,6 +10,9 @@ inline constexpr HynResult HYN_S_OK = 0;
 // Success with nothing more to deliver: a cursor stepped past its last row.
 inline constexpr HynResult HYN_S_FALSE = 1;
 
+// A handler has dealt with the event: handlers registered after it do not see it.
+inline constexpr HynResult HYN_S_EVENT_HANDLED = 0x01020001;
+
 // The caller's text buffer is too small; nothing was copied.
 inline constexpr HynResult HYN_E_BUFFERTOOSMALL = static_cast<HynResult>(0x80000002u);
 // General failure: an argument that is null or out of range, an object that is not ready, no memory, or any engine
@@ -19,6 +22,13 @@ inline constexpr HynResult HYN_E_FAIL = static_cast<HynResult>(0x80000008u);
 inline constexpr HynResult HYN_E_NOINTERFACE = static_cast<HynResult>(0x81000001u);
 // An answered identifier was asked for with a null object or a null out pointer.
 inline constexpr HynResult HYN_E_POINTER = static_cast<HynResult>(0x81000002u);
+// Threads: it does not run; its wake-up event or the thread itself could not be made; it runs already.
+inline constexpr HynResult HYN_E_THREADNOTRUNNING = static_cast<HynResult>(0x81010001u);
+inline constexpr HynResult HYN_E_THREADNOEVENT = static_cast<HynResult>(0x81010002u);
+inline constexpr HynResult HYN_E_THREADNOTHREAD = static_cast<HynResult>(0x81010003u);
+inline constexpr HynResult HYN_E_THREADRUNNING = static_cast<HynResult>(0x81010004u);
+// No handler is registered for the event's identifier.
+inline constexpr HynResult HYN_E_NOHANDLER = static_cast<HynResult>(0x81020003u);
 // The engine failed to step a statement: a constraint, a trigger, a changed schema, an error in the statement.
 inline constexpr HynResult HYN_E_SQSTEP = static_cast<HynResult>(0x81040001u);
 // A text column holds NULL.

@@ -91,6 +91,9 @@ int TovWaitThread(TovThreadRef thread, std::int32_t nMilliseconds) noexcept;
 // [any]
 void TovCloseThreadRef(TovThreadRef thread) noexcept;
 
+// Names the calling thread for debuggers and system monitors, as far as they show it. Null is ignored. [any]
+void TovSetCurrentThreadName(const char* pszName) noexcept;
+
 // Sets the thread's priority relative to the process's usual one: 0 is usual, lower is more patient. Returns 0, or
 // non-zero when there is no such thread or the system refuses: it may let only a privileged process take patience back.
 // [any]

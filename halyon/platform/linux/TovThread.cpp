@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 
 #include "Futex.h"
 #include "TovHandleTable.h"
@@ -201,6 +202,16 @@ void TovCloseThreadRef(TovThreadRef thread) noexcept
     ThreadSlot* slot = g_threads.Find(thread);
     if (g_threads.Close(thread) == HandleTable<ThreadSlot>::Closing::Unused)
         Detach(*slot);
+}
+
+void TovSetCurrentThreadName(const char* pszName) noexcept
+{
+    if (pszName == nullptr)
+        return;
+    // The kernel keeps 15 bytes.
+    char name[16] = {};
+    std::strncpy(name, pszName, sizeof name - 1);
+    pthread_setname_np(pthread_self(), name);
 }
 
 int TovSetThreadPriority(TovThreadRef thread, int nPriority) noexcept

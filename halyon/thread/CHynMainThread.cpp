@@ -1,0 +1,120 @@
+#include <halyon/thread/CHynMainThread.h>
+
+#include <halyon/framework/HynIdentifiers.h>
+
+namespace Halyon
+{
+namespace
+{
+constexpr std::int32_t kCapacity = 65535;
+constexpr EventTimerInterval kFirstTickSeconds = 0.0;
+constexpr EventTimerInterval kTickSeconds = 0.01;
+constexpr std::uint32_t kQuitEventID = 0;
+} // namespace
+
+CHynMainThread::CHynMainThread(std::uint32_t uThreadID) : m_uThreadID(uThreadID), m_queue(kCapacity) {}
+
+CHynMainThread::~CHynMainThread()
+{
+    RemoveEventLoopTimer(m_timer);
+    MPDeleteQueue(m_notifications);
+}
+
+HynResult CHynMainThread::DefaultQueryInterface(const HYN_GUID& iid, void** ppv)
+{
+    return HynAnswerInterface<&IID_IHynThread, &IID_IHynThread2, &IID_IHynThread3, &IID_IHynUnknown>(
+        static_cast<IHynThread3*>(this), iid, ppv);
+}
+
+HynResult CHynMainThread::Start(IHynThreadManager* /*pManager*/, int* /*pStarted*/)
+{
+    if (m_timer != nullptr)
+        return HYN_S_OK;
+    InstallEventLoopTimer(GetMainEventLoop(), kFirstTickSeconds, kTickSeconds, TimerProc, this, &m_timer);
+    MPCreateQueue(&m_notifications);
+    return HYN_S_OK;
+}
+
+HynResult CHynMainThread::Stop()
+{
+    return HYN_E_NOINTERFACE;
+}
+
+HynResult CHynMainThread::Run()
+{
+    return HYN_S_OK;
+}
+
+HynResult CHynMainThread::SetPriority(int /*nPriority*/)
+{
+    return HYN_E_NOINTERFACE;
+}
+
+HynResult CHynMainThread::RegisterHandler(IHynEventHandler* pHandler, void* pUser)
+{
+    std::uint32_t eventID = 0;
+    pHandler->GetEventID(&eventID);
+    m_queue.RegisterObserver(eventID, pHandler, pUser);
+    return HYN_S_OK;
+}
+
+HynResult CHynMainThread::UnRegisterHandler(IHynEventHandler* pHandler, void* pUser)
+{
+    std::uint32_t eventID = 0;
+    pHandler->GetEventID(&eventID);
+    m_queue.UnRegisterObserver(eventID, pHandler, pUser);
+    return HYN_S_OK;
+}
+
+HynResult CHynMainThread::PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
+                                    IHynEventParam* pParam, void* pReceiver)
+{
+    if (dwEventID == kQuitEventID)
+    {
+        QuitApplicationEventLoop();
+        return HYN_S_OK;
+    }
+    m_queue.InsertEvent(HynEventInfo{dwEventID, pReceiver, uParam, lParam, pParam}, 0);
+    MPNotifyQueue(m_notifications, nullptr, nullptr, nullptr);
+    return HYN_S_OK;
+}
+
+HynResult CHynMainThread::SendEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
+                                    IHynEventParam* pParam, void* pReceiver)
+{
+    if (GetCurrentTovThreadID() != m_uThreadID)
+        return HYN_E_NOINTERFACE;
+    return m_queue.Invoke(dwEventID, uParam, lParam, pParam, pReceiver);
+}
+
+HynResult CHynMainThread::ClearAllEvents()
+{
+    m_queue.ClearQueue();
+    return HYN_S_OK;
+}
+
+HynResult CHynMainThread::RemoveEvents(std::uint32_t* pIDs, std::uint32_t nCount)
+{
+    return static_cast<HynResult>(m_queue.RemoveEvents(pIDs, nCount));
+}
+
+HynResult CHynMainThread::ProcessEvent()
+{
+    m_queue.ProcessNext();
+    return HYN_S_OK;
+}
+
+MPQueueID CHynMainThread::GetQueueID()
+{
+    return m_notifications;
+}
+
+void TimerProc(EventLoopTimerRef /*timer*/, void* pMainThread)
+{
+    auto* mainThread = static_cast<CHynMainThread*>(pMainThread);
+    if (mainThread == nullptr)
+        return;
+    if (MPWaitOnQueue(mainThread->GetQueueID(), nullptr, nullptr, nullptr, 0) == noErr)
+        mainThread->ProcessEvent();
+}
+} // namespace Halyon

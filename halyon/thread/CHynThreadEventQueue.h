@@ -1,0 +1,105 @@
+// The pending events of one thread, and the handlers they go to.
+//
+// Thread objects own one each; hosts meet it through them. Any thread inserts; only the owning thread takes.
+//
+// Locks, in this order where two are held: `m_observerLock`, held across every handler of a dispatch; `m_takeLock`, the
+// consumer's end of the list; `m_listLock`, the producers' end. A dispatch holds the first alone. Parameters are
+// released with none of the list's locks held, so that their destructors may post.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <vector>
+
+#include <halyon/framework/HynLock.h>
+#include <halyon/thread/HynEventChunks.h>
+#include <halyon/thread/IHynEventHandler.h>
+
+namespace Halyon
+{
+class CHynThreadEventQueue
+{
+public:
+    // At most `nCapacity` events are ever pending; with 0 or less, none.
+    explicit CHynThreadEventQueue(std::int32_t nCapacity);
+    CHynThreadEventQueue(const CHynThreadEventQueue&) = delete;
+    CHynThreadEventQueue& operator=(const CHynThreadEventQueue&) = delete;
+    // Drops what is pending and releases the handlers that are left.
+    virtual ~CHynThreadEventQueue();
+
+    // Queues a copy of `info` at the back, or in front of everything pending. Returns 1, or 0 when the queue is full or
+    // there is no memory. [any]
+    int InsertEvent(const HynEventInfo& info, int bFront);
+    // The same; the queue takes the parameter's reference over when it returns 1. [any]
+    int InsertEvent(HynEventInfo&& info, int bFront);
+
+    // Drops everything pending. [any]
+    void ClearQueue();
+
+    // Drops pending events with any of `uCount` identifiers. HYN_S_OK, or HYN_E_FAIL for null or 0. [any]
+    std::uint32_t RemoveEvents(const std::uint32_t* pIDs, std::uint32_t uCount);
+
+    // Takes the front event and dispatches it. Returns 1, or 0 when nothing is pending. [owner]
+    int ProcessNext();
+
+    // Whether nothing is pending. [any]
+    [[nodiscard]] bool IsEmpty() const noexcept;
+
+    // Calls the handlers of `dwEventID` that are registered with `pReceiver`, in the order of their registration, until
+    // one returns HYN_S_EVENT_HANDLED. Handlers registered meanwhile are not called, handlers unregistered meanwhile no
+    // longer. Returns the last handler's result. HYN_E_NOHANDLER: none for the identifier. HYN_E_FAIL: none for the
+    // receiver. [owner]
+    HynResult Invoke(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam, IHynEventParam* pParam,
+                     void* pReceiver);
+
+    // Files a handler, with a reference, unless the same one stands there with the same `pUser`. Null is ignored. [any]
+    void RegisterObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
+
+    // Removes the first handler that is the same and has this `pUser`; its reference is given back, after the dispatch
+    // when one is running. When no handler of the identifier is left, its pending events are dropped. [any]
+    void UnRegisterObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
+
+private:
+    struct Observer
+    {
+        void* pUser;
+        CHynAutoPtr<IHynEventHandler> spHandler; // empty: removed during a dispatch, swept after it
+    };
+    struct ObserverList
+    {
+        std::vector<Observer> pairs;
+        std::size_t uLive = 0; // pairs that have not been removed
+    };
+
+    template <class Predicate>
+    void Drop(Predicate predicate);
+    static std::ptrdiff_t FindObserver(const ObserverList& list, IHynEventHandler* pHandler, void* pUser);
+    bool RemoveObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
+    void KeepUntilDispatchEnds(CHynAutoPtr<IHynEventHandler> spHandler) noexcept;
+    void EndDispatch();
+    bool HasRoom() noexcept;
+
+    // Each group of fields is used by another side, so each has cache lines of its own.
+    struct alignas(64) ProducersEnd
+    {
+        mutable CHynLock lock;
+        HynEventChunks list;    // guarded by lock
+        std::int32_t nRoom = 0; // guarded by lock: insertions that fit for certain
+    };
+    struct alignas(64) ConsumersEnd
+    {
+        mutable CHynLock lock;
+        HynEventChunks list;               // guarded by lock; in front of the producers' list
+        std::atomic<std::int32_t> nSize{}; // of the list; written under lock, read by producers that are out of room
+    };
+
+    const std::int32_t m_nCapacity;
+    CHynLock m_observerLock;
+    int m_nDispatchDepth = 0;                             // guarded by m_observerLock
+    bool m_bSweep = false;                                // guarded by m_observerLock: removed during a dispatch
+    std::map<std::uint32_t, ObserverList> m_observers;    // guarded by m_observerLock
+    std::vector<CHynAutoPtr<IHynEventHandler>> m_removed; // guarded by m_observerLock; released after the dispatch
+    ProducersEnd m_incoming;
+    ConsumersEnd m_taken;
+};
+} // namespace Halyon

@@ -1,0 +1,165 @@
+// Parameters and handlers for tests, and the gate that threads meet at.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include <halyon/framework/CHynAutoPtr.h>
+#include <halyon/framework/CHynUnknown.h>
+#include <halyon/framework/HynIdentifiers.h>
+#include <halyon/thread/IHynEventHandler.h>
+
+namespace HalyonTest
+{
+// A count that threads raise and a test waits for.
+class Counter
+{
+public:
+    void Raise()
+    {
+        const std::scoped_lock lock(m_mutex);
+        ++m_count;
+        m_changed.notify_all();
+    }
+    void WaitFor(int count)
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_count >= count; });
+    }
+    int Get()
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_count;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_count = 0;
+};
+
+// Shut until it is opened.
+class Gate
+{
+public:
+    void Open() { m_counter.Raise(); }
+    void Pass() { m_counter.WaitFor(1); }
+
+private:
+    Counter m_counter;
+};
+
+// A parameter that carries a number; knows how many of its kind are alive.
+class Param : public Halyon::IHynEventParam, public Halyon::CHynUnknown
+{
+public:
+    explicit Param(std::uint32_t number = 0) : m_number(number) { ++s_alive; }
+    ~Param() override { --s_alive; }
+
+    std::uint32_t AddRef() override { return DefaultAddRef(); }
+    std::uint32_t Release() override { return DefaultRelease(); }
+    Halyon::HynResult QueryInterface(const Halyon::HYN_GUID& iid, void** ppv) override
+    {
+        return Halyon::HynAnswerInterface<&Halyon::IID_IHynEventParam, &Halyon::IID_IHynUnknown>(
+            static_cast<Halyon::IHynEventParam*>(this), iid, ppv);
+    }
+
+    std::uint32_t Number() const { return m_number; }
+    static int Alive() { return s_alive; }
+
+private:
+    std::uint32_t m_number;
+    static inline std::atomic<int> s_alive{0};
+};
+
+// The references on an object, as its own counting tells.
+template <class T>
+std::uint32_t References(T* object)
+{
+    object->AddRef();
+    return object->Release();
+}
+
+struct Call
+{
+    std::uint32_t uParam;
+    std::int32_t lParam;
+    Halyon::IHynEventParam* pParam;
+    bool operator==(const Call&) const = default;
+};
+
+// Records its calls, answers what it is told, and runs what a test gives it.
+class Handler : public Halyon::IHynEventHandler, public Halyon::CHynUnknown
+{
+public:
+    using Action = std::function<void(std::uint32_t, std::int32_t, Halyon::IHynEventParam*)>;
+
+    explicit Handler(std::uint32_t eventID, Action action = {}) : m_eventID(eventID), m_action(std::move(action))
+    {
+        ++s_alive;
+    }
+    ~Handler() override { --s_alive; }
+
+    std::uint32_t AddRef() override { return DefaultAddRef(); }
+    std::uint32_t Release() override { return DefaultRelease(); }
+    Halyon::HynResult QueryInterface(const Halyon::HYN_GUID& iid, void** ppv) override
+    {
+        return Halyon::HynAnswerInterface<&Halyon::IID_IHynEventHandler, &Halyon::IID_IHynUnknown>(
+            static_cast<Halyon::IHynEventHandler*>(this), iid, ppv);
+    }
+
+    Halyon::HynResult GetEventID(std::uint32_t* pEventID) override
+    {
+        *pEventID = m_eventID;
+        return Halyon::HYN_S_OK;
+    }
+    Halyon::HynResult GetOwner(void** ppOwner) override
+    {
+        *ppOwner = m_owner;
+        return Halyon::HYN_S_OK;
+    }
+    Halyon::HynResult SetOwner(void* pOwner) override
+    {
+        m_owner = pOwner;
+        return Halyon::HYN_S_OK;
+    }
+    Halyon::HynResult HandleEvent(std::uint32_t uParam, std::int32_t lParam, Halyon::IHynEventParam* pParam) override
+    {
+        calls.push_back({uParam, lParam, pParam});
+        if (m_action)
+            m_action(uParam, lParam, pParam);
+        called.Raise();
+        return answer;
+    }
+    Halyon::HynResult IsSameHandler(Halyon::IHynEventHandler* pOther, int* pSame) override
+    {
+        *pSame = pOther == this ? 1 : 0;
+        return sameAnswer;
+    }
+
+    static int Alive() { return s_alive; }
+
+    std::vector<Call> calls; // read on the handling thread, or after `called` was waited for
+    Counter called;
+    Halyon::HynResult answer = Halyon::HYN_S_OK;
+    Halyon::HynResult sameAnswer = Halyon::HYN_S_OK;
+
+private:
+    std::uint32_t m_eventID;
+    void* m_owner = nullptr;
+    Action m_action;
+    static inline std::atomic<int> s_alive{0};
+};
+
+using HandlerPtr = Halyon::CHynAutoPtr<Handler>;
+using ParamPtr = Halyon::CHynAutoPtr<Param>;
+
+inline HandlerPtr MakeHandler(std::uint32_t eventID, Handler::Action action = {})
+{
+    return new Handler(eventID, std::move(action));
+}
+} // namespace HalyonTest
