@@ -1,17 +1,19 @@
 #include <host/ImportCommand.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <CLI/CLI.hpp>
 
 #include <host/BusyNotice.h>
 #include <host/Catalog.h>
 #include <host/HostError.h>
-#include <host/Importer.h>
+#include <host/ImportPipeline.h>
 #include <host/Interrupt.h>
 #include <host/PrintableText.h>
 
@@ -24,6 +26,7 @@ struct Options
     std::string folder;
     std::string catalog;
     bool followLinks = false;
+    unsigned jobs = std::max(1u, std::thread::hardware_concurrency());
 };
 
 using Clock = std::chrono::steady_clock;
@@ -60,11 +63,11 @@ Catalog OpenCatalog(const std::string& file)
 }
 
 // The module's codes do not tell a full disk from other refusals.
-void RunImport(Importer& importer, const std::string& catalog)
+ImportReport RunImport(ImportPipeline& pipeline, const std::string& catalog)
 {
     try
     {
-        importer.Run();
+        return pipeline.Run();
     }
     catch (const DatabaseError& failure)
     {
@@ -108,17 +111,17 @@ void Import(const Options& options)
     const Interrupt interrupt;
     Catalog catalog = OpenCatalog(file);
     Progress progress("files");
-    Importer importer(catalog, folder, options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass,
-                      progress);
+    ImportPipeline pipeline(catalog, folder, options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass,
+                            options.jobs, progress);
 
     const auto start = Clock::now();
-    RunImport(importer, catalog.GetDatabase().File());
+    const ImportReport report = RunImport(pipeline, catalog.GetDatabase().File());
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    PrintReport(importer.Report(), folder, catalog.GetDatabase().File(), seconds);
-    PrintProblems(importer.Report());
-    if (importer.Report().interrupted)
+    PrintReport(report, folder, catalog.GetDatabase().File(), seconds);
+    PrintProblems(report);
+    if (report.interrupted)
     {
-        importer.TellInterrupted();
+        TellInterrupted(report, progress);
         throw CLI::RuntimeError(Interrupt::kExitStatus);
     }
 }
@@ -132,6 +135,9 @@ void AddImportCommand(CLI::App& app)
     command->add_option("--catalog", options->catalog, "The catalogue (default: halyon/catalog.db in the user's data)")
         ->type_name("FILE");
     command->add_flag("--follow-links", options->followLinks, "Follow symbolic links to files and folders");
+    command->add_option("--jobs", options->jobs, "How many threads read files (default: one for each core)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 256));
     command->callback([options] { Import(*options); });
 }
 } // namespace HynHost

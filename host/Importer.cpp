@@ -17,7 +17,7 @@ namespace
 {
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kBatchFiles = 512;
+constexpr std::size_t kBatchFiles = 256;
 constexpr auto kBatchTime = std::chrono::seconds(2); // large files on slow disks are stored sooner
 constexpr std::size_t kMostProblems = 10000;
 
@@ -31,117 +31,123 @@ bool IsGone(const std::string& path)
 }
 } // namespace
 
-Importer::Importer(Catalog& catalog, std::string folder, FolderWalk::Links links, Progress& progress)
+Importer::Importer(Catalog& catalog, std::string folder, FolderWalk::Links links, Progress& progress,
+                   std::function<void(const FileJobPtr&)> handOut)
     : m_catalog(catalog), m_files(catalog),
       m_catalogFile(std::filesystem::canonical(catalog.GetDatabase().File()).string()), m_folder(std::move(folder)),
-      m_links(links), m_progress(progress),
-      m_walk(m_folder, links, [this](const std::string& path, const std::string& reason) { AddProblem(path, reason); })
+      m_progress(progress), m_handOut(std::move(handOut)),
+      m_walk(m_folder, links, [this](const std::string& path, const std::string& reason) { AddProblem(path, reason); }),
+      m_storeAt(Clock::now() + kBatchTime)
 {
     if (!m_folder.ends_with('/'))
         m_folder += '/';
-    m_batch.reserve(kBatchFiles);
+    m_read.reserve(kBatchFiles);
 }
 
-void Importer::Run()
+void Importer::Start()
 {
-    CountFiles();
-    m_progress.Start(m_report.total);
-    while (!Interrupt::Requested() && FillBatch())
-    {
-        LookUpBatch();
-        ReadBatch();
-    }
+    HandOutMore();
+}
+
+void Importer::TakeBack(FileJobPtr spJob)
+{
+    --m_out;
+    m_read.push_back(std::move(spJob));
+    if (m_read.size() >= kBatchFiles || Clock::now() >= m_storeAt)
+        StoreRead();
+    HandOutMore();
+}
+
+void Importer::StopEarly()
+{
+    StoreRead();
+    m_report.interrupted = true;
     m_report.passedLinks = m_walk.PassedLinks();
-    if (!Interrupt::Requested())
-        RemoveGone();
-    m_report.interrupted = Interrupt::Requested();
-    m_progress.Clear();
+    m_done = true;
 }
 
-void Importer::TellInterrupted() const
+// Keeps the readers busy, and ends the import when there is nothing left to read. Readers run dry only when a whole
+// batch is stored faster than they read half of what is out.
+void Importer::HandOutMore()
 {
-    m_progress.Clear();
-    const std::string of = m_report.total == 0 ? std::string() : " of " + std::to_string(m_report.total);
-    std::fprintf(stderr, "hynhost: interrupted after %llu%s files; what they told is in the catalogue\n",
-                 static_cast<unsigned long long>(m_report.done), of.c_str());
+    while (!m_walkEnded && m_out < kMostJobs / 2 && !Interrupt::Requested())
+    {
+        const Jobs jobs = FindSome();
+        LookUp(jobs);
+        for (const FileJobPtr& spJob : jobs)
+        {
+            if (spJob->value.IsUnchanged())
+            {
+                Settle(spJob->value);
+                continue;
+            }
+            ++m_out;
+            m_handOut(spJob);
+        }
+    }
+    if (m_walkEnded && m_out == 0 && !m_done)
+        Finish();
 }
 
-// Only a bar needs the total; the walk for it is short and brings what the real one needs into memory.
-void Importer::CountFiles()
+Importer::Jobs Importer::FindSome()
 {
-    if (!m_progress.WantsTotal())
-        return;
-    FolderWalk walk(m_folder, m_links, [](const std::string&, const std::string&) {});
-    while (!Interrupt::Requested() && walk.Next())
-        ++m_report.total;
-}
-
-bool Importer::FillBatch()
-{
-    m_batch.clear();
-    m_stored = 0;
-    while (m_batch.size() < kBatchFiles && !Interrupt::Requested())
+    Jobs jobs;
+    while (jobs.size() < kBatchFiles && !Interrupt::Requested())
     {
         auto file = m_walk.Next();
         if (!file)
+        {
+            m_walkEnded = true;
             break;
+        }
         if (!IsCatalog(*file))
-            m_batch.push_back({std::move(*file), std::nullopt, {}});
+            jobs.emplace_back(new Carried<FileJob>({std::move(*file), std::nullopt, {}}));
     }
-    return !m_batch.empty();
+    return jobs;
 }
 
-void Importer::LookUpBatch()
+void Importer::LookUp(const Jobs& jobs)
 {
     Transaction transaction = Begin(Transaction::Kind::Read);
-    for (Item& item : m_batch)
-        item.known = m_files.Find(item.file.folder, item.file.name);
+    for (const FileJobPtr& spJob : jobs)
+        spJob->value.known = m_files.Find(spJob->value.file.folder, spJob->value.file.name);
     transaction.Commit();
 }
 
-void Importer::ReadBatch()
+// Stores what has come back and counts it. Files that could not be read cost no write.
+void Importer::StoreRead()
 {
-    auto storeAt = Clock::now() + kBatchTime;
-    std::size_t read = 0;
-    for (; read < m_batch.size() && !Interrupt::Requested(); ++read)
+    const auto wasRead = [](const FileJobPtr& spJob)
     {
-        Item& item = m_batch[read];
-        if (!item.IsUnchanged())
-            item.facts = m_recogniser.Recognise(item.Path());
-        m_progress.Update(m_report.done + read - m_stored);
-        if (Clock::now() >= storeAt)
-        {
-            StoreRead(read + 1);
-            storeAt = Clock::now() + kBatchTime;
-        }
-    }
-    StoreRead(read);
-}
-
-// Stores the items of the batch up to `end` and counts them. Those that changed nothing cost no write.
-void Importer::StoreRead(std::size_t end)
-{
-    const auto first = m_batch.cbegin() + static_cast<std::ptrdiff_t>(m_stored);
-    const auto last = m_batch.cbegin() + static_cast<std::ptrdiff_t>(end);
-    const auto wasRead = [](const Item& item)
-    {
-        return item.facts.wasRead;
+        return spJob->value.facts.wasRead;
     };
-    if (std::any_of(first, last, wasRead))
+    if (std::ranges::any_of(m_read, wasRead))
     {
         Transaction transaction = Begin(Transaction::Kind::Exclusive);
-        for (auto item = first; item != last; ++item)
+        for (const FileJobPtr& spJob : m_read)
         {
-            if (item->facts.wasRead)
-                m_files.Store(item->file.folder, item->file.name, item->facts);
+            const FileJob& job = spJob->value;
+            if (job.facts.wasRead)
+                m_files.Store(job.file.folder, job.file.name, job.facts);
         }
         transaction.Commit();
     }
-    std::for_each(first, last, [this](const Item& item) { Settle(item); });
-    m_stored = end;
+    for (const FileJobPtr& spJob : m_read)
+        Settle(spJob->value);
+    m_read.clear();
+    m_storeAt = Clock::now() + kBatchTime;
 }
 
-void Importer::Settle(const Item& item)
+void Importer::Finish()
+{
+    StoreRead();
+    m_report.passedLinks = m_walk.PassedLinks();
+    RemoveGone();
+    m_report.interrupted = Interrupt::Requested();
+    m_done = true;
+}
+
+void Importer::Settle(const FileJob& item)
 {
     ++m_report.done;
     if (item.facts.wasRead || item.known)
@@ -225,7 +231,16 @@ Transaction Importer::Begin(Transaction::Kind kind)
             m_progress.Clear();
             std::fputs("hynhost: waiting for the catalogue: another program is using it\n", stderr);
         },
-        [this] { TellInterrupted(); });
+        [this] { TellInterrupted(m_report, m_progress); });
     return Transaction(m_catalog.GetDatabase(), kind);
+}
+
+void TellInterrupted(const ImportReport& report, Progress& progress)
+{
+    progress.Clear();
+    const std::uint64_t total = progress.Total();
+    const std::string of = total == 0 ? std::string() : " of " + std::to_string(total);
+    std::fprintf(stderr, "hynhost: interrupted after %llu%s files; what they told is in the catalogue\n",
+                 static_cast<unsigned long long>(report.done), of.c_str());
 }
 } // namespace HynHost

@@ -1,21 +1,30 @@
 // Brings a folder's media files into a catalogue, and the catalogue up to date with the folder.
 //
-// It works in batches: a few hundred files are found, looked up, read where they are new or changed, and then stored in
-// one exclusive transaction. Nothing is locked while files are read, and an interrupted import loses nothing that it
-// has counted as done. Memory does not grow with the folder.
+// It walks, looks up and stores; reading files is for others: each file that is new or changed is handed out as a job
+// and comes back with what was read. So many jobs are on the way at most, and nothing is locked meanwhile. Results are
+// stored some hundreds at a time, in one exclusive transaction each: an interrupted import loses nothing that it has
+// counted as done. Memory does not grow with the folder.
+//
+//     Importer importer(catalog, folder, links, progress, handOut);
+//     importer.Start();                      // hands out the first jobs
+//     ... TakeBack(job) for each that is read, in any order, until IsDone() ...
+//
+// An importer belongs to the thread that makes it, which owns the database handle.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include <halyon/framework/CHynAutoPtr.h>
 #include <host/Catalog.h>
 #include <host/CatalogFiles.h>
+#include <host/Events.h>
 #include <host/FolderWalk.h>
 #include <host/Progress.h>
-#include <host/Recogniser.h>
 
 namespace HynHost
 {
@@ -28,7 +37,6 @@ struct ImportReport
     std::uint64_t gone = 0;   // no longer there, or no media files any more
     std::uint64_t others = 0; // files that are no media
     std::uint64_t done = 0;   // files of all sorts that are behind it
-    std::uint64_t total = 0;  // that there were at the start; 0 when they were not counted
     std::uint64_t passedLinks = 0;
     bool interrupted = false;
 
@@ -41,37 +49,53 @@ struct ImportReport
     std::uint64_t moreProblems = 0;
 };
 
+// A file on its way: found, looked up, and read unless it is unchanged.
+struct FileJob
+{
+    WalkedFile file;
+    std::optional<KnownFile> known;
+    FileFacts facts;
+
+    [[nodiscard]] bool IsUnchanged() const { return known && known->stamp == file.stamp; }
+    [[nodiscard]] std::string Path() const { return file.folder + file.name; }
+};
+using FileJobPtr = Halyon::CHynAutoPtr<Carried<FileJob>>;
+
 class Importer
 {
 public:
-    // `folder` is absolute and without links. Throws HostError when it cannot be read.
-    Importer(Catalog& catalog, std::string folder, FolderWalk::Links links, Progress& progress);
+    // So many jobs are handed out and not back at most: what a reader's queue must hold.
+    static constexpr std::size_t kMostJobs = 1024;
 
-    // Works to the end or to an interrupt; the report then tells how far it came. Throws HostError or DatabaseError.
-    void Run();
+    // `folder` is absolute and without links. `handOut` sends a job to a reader. Throws HostError when the folder
+    // cannot be read.
+    Importer(Catalog& catalog, std::string folder, FolderWalk::Links links, Progress& progress,
+             std::function<void(const FileJobPtr&)> handOut);
+
+    // All throw HostError or DatabaseError. [owner]
+
+    // Hands out the first jobs. An import without any is done at once.
+    void Start();
+    // Takes a job that was read, and hands out others.
+    void TakeBack(FileJobPtr spJob);
+    // Stores what has come back and ends; jobs that are still out are forgotten.
+    void StopEarly();
+
+    // Whether all is stored and the files that are gone are removed, or it was interrupted. [owner]
+    [[nodiscard]] bool IsDone() const noexcept { return m_done; }
 
     [[nodiscard]] const ImportReport& Report() const noexcept { return m_report; }
 
-    // Says on standard error that and where an import was interrupted.
-    void TellInterrupted() const;
-
 private:
-    struct Item
-    {
-        WalkedFile file;
-        std::optional<KnownFile> known;
-        FileFacts facts;
+    using Clock = std::chrono::steady_clock;
+    using Jobs = std::vector<FileJobPtr>;
 
-        [[nodiscard]] bool IsUnchanged() const { return known && known->stamp == file.stamp; }
-        [[nodiscard]] std::string Path() const { return file.folder + file.name; }
-    };
-
-    void CountFiles();
-    bool FillBatch();
-    void LookUpBatch();
-    void ReadBatch();
-    void StoreRead(std::size_t end);
-    void Settle(const Item& item);
+    void HandOutMore();
+    [[nodiscard]] Jobs FindSome();
+    void LookUp(const Jobs& jobs);
+    void StoreRead();
+    void Settle(const FileJob& job);
+    void Finish();
     void RemoveGone();
     void RemoveFiles(const std::vector<StoredFile>& files);
     void AddProblem(const std::string& path, const std::string& reason);
@@ -82,13 +106,18 @@ private:
     CatalogFiles m_files;
     std::string m_catalogFile; // the path as the walk gives it
     std::string m_folder;      // with a "/" at its end
-    FolderWalk::Links m_links;
     Progress& m_progress;
+    std::function<void(const FileJobPtr&)> m_handOut;
     FolderWalk m_walk;
-    Recogniser m_recogniser;
-    std::vector<Item> m_batch;
-    std::size_t m_stored = 0;      // items of the batch that are behind us
+    bool m_walkEnded = false;
+    std::size_t m_out = 0; // jobs that are handed out
+    Jobs m_read;           // jobs that came back and are not stored
+    Clock::time_point m_storeAt;
     std::uint64_t m_inCatalog = 0; // files found that the catalogue holds by now
+    bool m_done = false;
     ImportReport m_report;
 };
+
+// Says on standard error that and where an import was interrupted.
+void TellInterrupted(const ImportReport& report, Progress& progress);
 } // namespace HynHost

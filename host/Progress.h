@@ -7,12 +7,13 @@
 //     progress.Clear();
 //
 // Updating costs a look at the clock; the bar is drawn at most ten times a second and fits the width that the terminal
-// has at that moment.
+// has at that moment. Several threads may update and clear it.
 #pragma once
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 namespace HynHost
@@ -29,13 +30,16 @@ public:
     // Whether a total would be shown; counting it may cost something. [any]
     [[nodiscard]] bool WantsTotal() const noexcept { return m_isTerminal; }
 
-    // The work begins now; 0 when it is not known how much it is. [owner]
+    // The work begins now; 0 when it is not known how much it is. [any]
     void Start(std::uint64_t total);
 
-    // `done` of it is done. [owner]
+    // What Start was told. [any]
+    [[nodiscard]] std::uint64_t Total();
+
+    // `done` of it is done. [any]
     void Update(std::uint64_t done);
 
-    // Takes the bar off the screen; the next update draws it again. Before anything else is written. [owner]
+    // Takes the bar off the screen; the next update draws it again. Before anything else is written. [any]
     void Clear();
 
 private:
@@ -43,7 +47,8 @@ private:
 
     std::string m_what;
     bool m_isTerminal;
-    bool m_isDrawn = false;
+    std::mutex m_mutex;
+    bool m_isDrawn = false; // guarded by m_mutex, as what follows
     std::uint64_t m_total = 0;
     Clock::time_point m_start = Clock::now();
     Clock::time_point m_next = m_start;
