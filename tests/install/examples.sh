@@ -18,3 +18,6 @@ diff - "$place/seen" <<'END'
    73904  /home/ann/harbour.jpg
    48211  /home/ann/sea.jpg
 END
+
+"$place/build/workers" >"$place/seen"
+printf '%s\n' 1 4 9 16 25 | diff - "$place/seen"
