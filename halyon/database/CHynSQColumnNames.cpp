@@ -26,10 +26,14 @@ std::int32_t FindInEngine(sqlite3_stmt* statement, std::int32_t columns, const c
 }
 } // namespace
 
-std::int32_t CHynSQColumnNames::Find(sqlite3_stmt* pStatement, std::int32_t nColumns, const char16_t* name) noexcept
+std::int32_t CHynSQColumnNames::LearnAndSearch(sqlite3_stmt* pStatement, const char16_t* name) noexcept
 {
-    if (m_nColumns == 0 && !Learn(pStatement, nColumns))
-        return FindInEngine(pStatement, nColumns, name);
+    if (m_nColumns == 0)
+    {
+        const std::int32_t columns = sqlite3_column_count(pStatement);
+        if (!Learn(pStatement, columns))
+            return FindInEngine(pStatement, columns, name);
+    }
     const std::uint32_t guess = m_pFacts[m_uLast].uNext;
     if (!IsNameOf(guess, name))
         return Search(name);

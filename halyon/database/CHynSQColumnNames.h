@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <memory>
 
-#include <halyon/framework/HynUnit.h>
+#include <halyon/platform/TovPCMac.h>
 
 struct sqlite3_stmt;
 
@@ -18,7 +18,19 @@ class CHynSQColumnNames
 public:
     // The lowest column of `pStatement` whose name equals `name` without regard to letter case, or -1. What is learnt
     // holds for that statement until Forget. Requires: `name` is not null. [owner]
-    [[nodiscard]] std::int32_t Find(sqlite3_stmt* pStatement, std::int32_t nColumns, const char16_t* name) noexcept;
+    [[nodiscard]] std::int32_t Find(sqlite3_stmt* pStatement, const char16_t* name) noexcept
+    {
+        if (m_nColumns != 0)
+        {
+            const std::uint32_t guess = m_pFacts[m_uLast].uNext;
+            if (tov_wcssame(name, m_pNames[guess], m_pFacts[guess].uLength))
+            {
+                m_uLast = guess;
+                return static_cast<std::int32_t>(guess);
+            }
+        }
+        return LearnAndSearch(pStatement, name);
+    }
 
     // Forgets everything: the statement is gone. [owner]
     void Forget() noexcept
@@ -37,6 +49,8 @@ private:
         std::uint16_t uNext;   // the column that was asked for after this one; the lowest of its name, like all found
     };
 
+    // Apart, so that the way of a good guess stays short.
+    [[nodiscard, gnu::noinline]] std::int32_t LearnAndSearch(sqlite3_stmt* pStatement, const char16_t* name) noexcept;
     bool Learn(sqlite3_stmt* pStatement, std::int32_t nColumns) noexcept;
     [[nodiscard]] bool MakeRoom(std::size_t columns) noexcept;
     [[nodiscard]] std::int32_t Search(const char16_t* name) noexcept;

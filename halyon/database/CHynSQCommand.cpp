@@ -14,8 +14,6 @@ using namespace Halyon;
 
 namespace
 {
-constexpr std::uint32_t kPrepareRetryMicroseconds = 2000;
-
 constexpr HynResult FromEngine(int code) noexcept
 {
     return code == SQLITE_OK ? HYN_S_OK : HYN_E_FAIL;
@@ -48,25 +46,13 @@ HynResult CHynSQCommand::PrepareSQL(const char16_t* sql)
     if (database == nullptr)
         return HYN_E_FAIL;
 
-    // The plain preparation, deliberately: its statements report a constraint or a changed schema at once, as a failed
-    // step, and never prepare themselves anew behind the caller's back.
-    for (;;)
-    {
-        Close();
-        // No tail is asked for: to find it the engine counts the characters of the whole text, twice.
-        const int code = sqlite3_prepare16(database, sql, -1, &m_pStatement, nullptr);
-        m_uForkCount = TovGetForkCount();
-        m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
-        m_nColumns = sqlite3_column_count(m_pStatement);
-        if (code != SQLITE_BUSY)
-            return FromEngine(code);
-        TovUSleep(kPrepareRetryMicroseconds);
-    }
+    m_names.Forget();
+    return m_statement.Prepare(database, sql);
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::int32_t value)
 {
-    sqlite3_stmt* statement = StatementForParameter(index);
+    sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (statement == nullptr)
         return HYN_E_FAIL;
     return FromEngine(sqlite3_bind_int(statement, index + 1, value));
@@ -79,7 +65,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::uint32_t value)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, long long value)
 {
-    sqlite3_stmt* statement = StatementForParameter(index);
+    sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (statement == nullptr)
         return HYN_E_FAIL;
     return FromEngine(sqlite3_bind_int64(statement, index + 1, value));
@@ -87,7 +73,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, long long value)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, double value)
 {
-    sqlite3_stmt* statement = StatementForParameter(index);
+    sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (statement == nullptr)
         return HYN_E_FAIL;
     return FromEngine(sqlite3_bind_double(statement, index + 1, value));
@@ -95,7 +81,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, double value)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, const char16_t* value)
 {
-    sqlite3_stmt* statement = StatementForParameter(index);
+    sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (value == nullptr || statement == nullptr)
         return HYN_E_FAIL;
     const std::size_t bytes = tov_wcslen(value) * sizeof(char16_t);
@@ -111,7 +97,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, FILETIME* value)
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, void* data, std::uint32_t length)
 {
-    sqlite3_stmt* statement = StatementForParameter(index);
+    sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (data == nullptr || length == 0 || length > INT32_MAX || statement == nullptr)
         return HYN_E_FAIL;
     return FromEngine(sqlite3_bind_blob(statement, index + 1, data, static_cast<int>(length), SQLITE_STATIC));
@@ -120,10 +106,10 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, void* data, std::uin
 HynResult CHynSQCommand::ExecuteSQL()
 {
     // What a record set would do from its construction to its end, without one: nobody would ever see it.
-    sqlite3_stmt* statement = GetSQstmt();
+    sqlite3_stmt* statement = m_statement.Get();
     if (statement == nullptr)
         return HYN_E_FAIL;
-    const HynResult result = CHynSQRecordSet::Step(statement);
+    const HynResult result = m_statement.Step();
     sqlite3_reset(statement);
     return HynFailed(result) ? result : HYN_S_OK;
 }
@@ -142,29 +128,16 @@ HynResult CHynSQCommand::OpenRecordSet(IHynSQRecordSet** ppRecordSet)
     return HYN_S_OK;
 }
 
-sqlite3_stmt* CHynSQCommand::GetSQstmt() const noexcept
-{
-    return m_uForkCount == TovGetForkCount() ? m_pStatement : nullptr;
-}
-
 int CHynSQCommand::Close() noexcept
 {
-    sqlite3_stmt* statement = GetSQstmt();
-    m_pStatement = nullptr;
     m_names.Forget();
-    return statement != nullptr ? sqlite3_finalize(statement) : SQLITE_OK;
+    return m_statement.Finalize();
 }
 
 bool CHynSQCommand::CheckAdjustBindFieldIndex(int& index) const noexcept
 {
-    if (GetSQstmt() == nullptr || index < 0 || index == INT32_MAX)
+    if (m_statement.Get() == nullptr || index < 0 || index == INT32_MAX)
         return false;
     ++index;
-    return index <= m_nParameters;
-}
-
-std::int32_t CHynSQCommand::FindColumn(std::int32_t nColumns, const char16_t* name) noexcept
-{
-    const std::int32_t column = m_names.Find(m_pStatement, m_nColumns, name);
-    return column < nColumns ? column : -1;
+    return m_statement.ForParameter(index - 1) != nullptr;
 }

@@ -5,11 +5,11 @@
 #pragma once
 
 #include <halyon/database/CHynSQColumnNames.h>
+#include <halyon/database/CHynSQStatement.h>
 #include <halyon/database/IHynSQCommand.h>
 #include <halyon/framework/CHynUnknown.h>
 
 class CHynSQConnection;
-struct sqlite3_stmt;
 
 class CHynSQCommand : public Halyon::IHynSQCommand, public Halyon::CHynUnknown
 {
@@ -38,15 +38,11 @@ public:
     ~CHynSQCommand() override;
     Halyon::HynResult DefaultQueryInterface(const Halyon::HYN_GUID& iid, void** ppv) override;
 
-    // The statement; null when nothing is prepared, and in a process that was forked off after the preparation: the
-    // statement is the other process's. [owner]
-    sqlite3_stmt* GetSQstmt() const noexcept;
+    // The engine's statement, or null as CHynSQStatement::Get says. [owner]
+    sqlite3_stmt* GetSQstmt() const noexcept { return m_statement.Get(); }
 
-    // Number of the statement's columns; 0 without a statement. [owner]
-    std::int32_t GetColumnCount() const noexcept { return GetSQstmt() != nullptr ? m_nColumns : 0; }
-
-    // The statement for a caller that has just learnt that this process prepared it. [owner]
-    sqlite3_stmt* GetOwnStatement() const noexcept { return m_pStatement; }
+    // What the record sets of this command step and read. [owner]
+    CHynSQStatement& GetStatement() noexcept { return m_statement; }
 
     // Finalizes the statement; returns the engine's own code, 0 without a statement. [owner]
     int Close() noexcept;
@@ -55,20 +51,15 @@ public:
     // (untouched then), or there is no such parameter. [owner]
     bool CheckAdjustBindFieldIndex(int& index) const noexcept;
 
-    // The lowest of the first `nColumns` columns with this name, or -1. Requires: prepared, `name` not null. [owner]
-    std::int32_t FindColumn(std::int32_t nColumns, const char16_t* name) noexcept;
-
-private:
-    // The statement when it has a parameter of this index from 0, else null.
-    [[nodiscard]] sqlite3_stmt* StatementForParameter(std::int32_t index) const noexcept
+    // The lowest column with this name, without regard to letter case, or -1. Requires: `name` is not null. [owner]
+    std::int32_t FindColumn(const char16_t* name) noexcept
     {
-        return index >= 0 && index < m_nParameters ? GetSQstmt() : nullptr;
+        sqlite3_stmt* statement = m_statement.Get();
+        return statement != nullptr ? m_names.Find(statement, name) : -1;
     }
 
+private:
     CHynSQConnection* m_pConnection;
-    sqlite3_stmt* m_pStatement = nullptr;
-    std::int32_t m_nParameters = 0; // of the statement; neither number changes while it lives
-    std::int32_t m_nColumns = 0;
-    std::uint32_t m_uForkCount = 0; // the process that prepared the statement
-    CHynSQColumnNames m_names;
+    CHynSQStatement m_statement;
+    CHynSQColumnNames m_names; // of the statement
 };

@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <halyon/database/CHynSQCommand.h>
+#include <halyon/database/CHynSQStatement.h>
 #include <halyon/framework/CHynAutoPtr.h>
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/HynThreadID.h>
@@ -104,14 +105,14 @@ HynResult CHynSQConnection::RollbackTrans()
 
 HynResult CHynSQConnection::ExecuteSQL(const char16_t* sql)
 {
-    CHynAutoPtr<IHynSQCommand> spCommand;
-    HynResult result = CreateCommand(spCommand.Receive());
-    if (HynFailed(result))
-        return result;
-    result = spCommand->PrepareSQL(sql);
-    if (HynFailed(result))
-        return result;
-    result = spCommand->ExecuteSQL();
+    // What a command would do from its creation to its end, without one: nobody would ever see it.
+    sqlite3* database = FindCreateConnection();
+    if (database == nullptr || sql == nullptr)
+        return HYN_E_FAIL;
+    CHynSQStatement statement;
+    HynResult result = statement.Prepare(database, sql);
+    if (HynSucceeded(result))
+        result = statement.Step();
     return HynFailed(result) ? result : HYN_S_OK;
 }
 

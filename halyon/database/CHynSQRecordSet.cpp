@@ -12,14 +12,91 @@ using namespace Halyon;
 
 namespace
 {
-constexpr int kStepAttempts = 10000;
-constexpr std::uint32_t kStepRetryMilliseconds = 10;
-
 // Why the engine gave nothing: it had no memory to convert the column, or else the column is NULL or empty. A number
 // that could not be converted is NULL from then on, so only the handle's last error tells.
 bool NoMemory(sqlite3_stmt* statement) noexcept
 {
     return sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM;
+}
+
+// The readers: one column of a statement that has it. HYN_E_FAIL: a null output, or no memory.
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, std::int32_t* value) noexcept
+{
+    if (value == nullptr)
+        return HYN_E_FAIL;
+    *value = sqlite3_column_int(statement, column);
+    return HYN_S_OK;
+}
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, long long* value) noexcept
+{
+    if (value == nullptr)
+        return HYN_E_FAIL;
+    *value = sqlite3_column_int64(statement, column);
+    return HYN_S_OK;
+}
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, std::uint32_t* value) noexcept
+{
+    if (value == nullptr)
+        return HYN_E_FAIL;
+    *value = static_cast<std::uint32_t>(sqlite3_column_int64(statement, column));
+    return HYN_S_OK;
+}
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, double* value) noexcept
+{
+    if (value == nullptr)
+        return HYN_E_FAIL;
+    *value = sqlite3_column_double(statement, column);
+    return HYN_S_OK;
+}
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, FILETIME* value) noexcept
+{
+    if (value == nullptr)
+        return HYN_E_FAIL;
+    CHynPubTools::ConvertToFileTime(value, sqlite3_column_double(statement, column));
+    return HYN_S_OK;
+}
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, char16_t* buffer, std::uint32_t* length) noexcept
+{
+    if (buffer == nullptr)
+        return HYN_E_FAIL;
+    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(statement, column));
+    if (text == nullptr)
+        return NoMemory(statement) ? HYN_E_FAIL : HYN_E_SQNULLVALUE;
+    const std::size_t needed = tov_wcslen(text) + 1;
+    if (needed > *length)
+        return HYN_E_BUFFERTOOSMALL;
+    std::memcpy(buffer, text, needed * sizeof(char16_t));
+    return HYN_S_OK;
+}
+
+HynResult Read(sqlite3_stmt* statement, std::int32_t column, void* buffer, std::uint32_t* length) noexcept
+{
+    if (length == nullptr)
+        return HYN_E_FAIL;
+    // The UTF-16 size, deliberately: it turns a text column into UTF-16, which the blob call below then delivers.
+    const auto size = static_cast<std::uint32_t>(sqlite3_column_bytes16(statement, column));
+    if (size == 0 && NoMemory(statement))
+        return HYN_E_FAIL;
+    if (buffer == nullptr)
+    {
+        *length = size;
+        return HYN_S_OK;
+    }
+    if (*length < size)
+        return HYN_E_FAIL;
+    if (size == 0)
+        return HYN_S_OK;
+    const void* bytes = sqlite3_column_blob(statement, column);
+    if (bytes == nullptr)
+        return HYN_E_FAIL;
+    std::memcpy(buffer, bytes, size);
+    return HYN_S_OK;
 }
 } // namespace
 
@@ -50,38 +127,14 @@ void CHynSQRecordSet::Close() noexcept
 
 std::int32_t CHynSQRecordSet::GetFieldCount()
 {
-    return m_spCommand != nullptr ? m_spCommand->GetColumnCount() : 0;
-}
-
-HynResult CHynSQRecordSet::Step(sqlite3_stmt* statement) noexcept
-{
-    for (int attempt = 0; attempt < kStepAttempts; ++attempt)
-    {
-        switch (sqlite3_step(statement))
-        {
-        case SQLITE_ROW:
-            return HYN_S_OK;
-        case SQLITE_DONE:
-            return HYN_S_FALSE;
-        case SQLITE_ERROR:
-            return HYN_E_SQSTEP;
-        case SQLITE_BUSY:
-        case SQLITE_LOCKED:
-            TovSleep(kStepRetryMilliseconds);
-            break;
-        default:
-            return HYN_E_FAIL;
-        }
-    }
-    return HYN_E_FAIL;
+    return m_spCommand != nullptr ? m_spCommand->GetStatement().GetColumnCount() : 0;
 }
 
 HynResult CHynSQRecordSet::Next()
 {
-    sqlite3_stmt* statement = GetSQstmt();
-    if (statement == nullptr)
+    if (GetSQstmt() == nullptr)
         return HYN_E_FAIL;
-    const HynResult result = Step(statement);
+    const HynResult result = m_spCommand->GetStatement().Step();
     m_nEof = result == HYN_S_OK ? 0 : 1;
     return result;
 }
@@ -97,122 +150,25 @@ HynResult CHynSQRecordSet::Reset()
     return Next();
 }
 
-// The statement for a caller that has been given a column count above 0: there are no columns without a statement that
-// this process prepared, so that need not be asked again.
-sqlite3_stmt* CHynSQRecordSet::CountedStatement() const noexcept
+std::int32_t CHynSQRecordSet::GetFieldIndexByName(const char16_t* name) noexcept
 {
-    return m_spCommand != nullptr ? m_spCommand->GetOwnStatement() : nullptr;
-}
-
-// The statement when `index` is one of its columns, else null.
-sqlite3_stmt* CHynSQRecordSet::StatementForColumn(std::int32_t index)
-{
-    return index >= 0 && index < GetFieldCount() ? CountedStatement() : nullptr;
-}
-
-std::int32_t CHynSQRecordSet::GetFieldIndexByName(const char16_t* name)
-{
-    if (name == nullptr || name[0] == 0)
-        return -1;
-    const std::int32_t columns = GetFieldCount();
-    return columns > 0 && CountedStatement() != nullptr ? m_spCommand->FindColumn(columns, name) : -1;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, std::int32_t* value)
-{
-    sqlite3_stmt* statement = StatementForColumn(index);
-    if (statement == nullptr || value == nullptr)
-        return HYN_E_FAIL;
-    *value = sqlite3_column_int(statement, index);
-    return HYN_S_OK;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, std::uint32_t* value)
-{
-    if (value == nullptr)
-        return HYN_E_FAIL;
-    long long wide = 0;
-    const HynResult result = GetFieldValue(index, &wide);
-    if (HynSucceeded(result))
-        *value = static_cast<std::uint32_t>(wide);
-    return result;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, long long* value)
-{
-    sqlite3_stmt* statement = StatementForColumn(index);
-    if (statement == nullptr || value == nullptr)
-        return HYN_E_FAIL;
-    *value = sqlite3_column_int64(statement, index);
-    return HYN_S_OK;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, double* value)
-{
-    sqlite3_stmt* statement = StatementForColumn(index);
-    if (statement == nullptr || value == nullptr)
-        return HYN_E_FAIL;
-    *value = sqlite3_column_double(statement, index);
-    return HYN_S_OK;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, char16_t* buffer, std::uint32_t* length)
-{
-    sqlite3_stmt* statement = StatementForColumn(index);
-    if (statement == nullptr || buffer == nullptr)
-        return HYN_E_FAIL;
-    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(statement, index));
-    if (text == nullptr)
-        return NoMemory(statement) ? HYN_E_FAIL : HYN_E_SQNULLVALUE;
-    const std::size_t needed = tov_wcslen(text) + 1;
-    if (needed > *length)
-        return HYN_E_BUFFERTOOSMALL;
-    std::memcpy(buffer, text, needed * sizeof(char16_t));
-    return HYN_S_OK;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, FILETIME* value)
-{
-    if (value == nullptr)
-        return HYN_E_FAIL;
-    double seconds = 0.0;
-    const HynResult result = GetFieldValue(index, &seconds);
-    if (HynSucceeded(result))
-        CHynPubTools::ConvertToFileTime(value, seconds);
-    return result;
-}
-
-HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, void* buffer, std::uint32_t* length)
-{
-    sqlite3_stmt* statement = StatementForColumn(index);
-    if (statement == nullptr || length == nullptr)
-        return HYN_E_FAIL;
-    // The UTF-16 size, deliberately: it turns a text column into UTF-16, which the blob call below then delivers.
-    const auto size = static_cast<std::uint32_t>(sqlite3_column_bytes16(statement, index));
-    if (size == 0 && NoMemory(statement))
-        return HYN_E_FAIL;
-    if (buffer == nullptr)
-    {
-        *length = size;
-        return HYN_S_OK;
-    }
-    if (*length < size)
-        return HYN_E_FAIL;
-    if (size == 0)
-        return HYN_S_OK;
-    const void* bytes = sqlite3_column_blob(statement, index);
-    if (bytes == nullptr)
-        return HYN_E_FAIL;
-    std::memcpy(buffer, bytes, size);
-    return HYN_S_OK;
+    return name != nullptr && name[0] != 0 && m_spCommand != nullptr ? m_spCommand->FindColumn(name) : -1;
 }
 
 template <class... Outputs>
-HynResult CHynSQRecordSet::ReadByName(const char16_t* name, Outputs... outputs)
+HynResult CHynSQRecordSet::ReadByIndex(std::int32_t index, Outputs... outputs) const noexcept
 {
-    if (IsEof() != 0)
+    sqlite3_stmt* statement = m_spCommand != nullptr ? m_spCommand->GetStatement().ForColumn(index) : nullptr;
+    return statement != nullptr ? Read(statement, index, outputs...) : HYN_E_FAIL;
+}
+
+template <class... Outputs>
+HynResult CHynSQRecordSet::ReadByName(const char16_t* name, Outputs... outputs) noexcept
+{
+    if (m_nEof != 0)
         return HYN_E_FAIL;
-    return GetFieldValue(GetFieldIndexByName(name), outputs...);
+    const std::int32_t index = GetFieldIndexByName(name);
+    return index >= 0 ? Read(GetSQstmt(), index, outputs...) : HYN_E_FAIL;
 }
 
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, std::int32_t* value)
@@ -220,9 +176,19 @@ HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, std::int32_t* val
     return ReadByName(name, value);
 }
 
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, std::int32_t* value)
+{
+    return ReadByIndex(index, value);
+}
+
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, std::uint32_t* value)
 {
     return ReadByName(name, value);
+}
+
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, std::uint32_t* value)
+{
+    return ReadByIndex(index, value);
 }
 
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, long long* value)
@@ -230,9 +196,19 @@ HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, long long* value)
     return ReadByName(name, value);
 }
 
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, long long* value)
+{
+    return ReadByIndex(index, value);
+}
+
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, double* value)
 {
     return ReadByName(name, value);
+}
+
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, double* value)
+{
+    return ReadByIndex(index, value);
 }
 
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, char16_t* buffer, std::uint32_t* length)
@@ -240,12 +216,27 @@ HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, char16_t* buffer,
     return ReadByName(name, buffer, length);
 }
 
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, char16_t* buffer, std::uint32_t* length)
+{
+    return ReadByIndex(index, buffer, length);
+}
+
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, FILETIME* value)
 {
     return ReadByName(name, value);
 }
 
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, FILETIME* value)
+{
+    return ReadByIndex(index, value);
+}
+
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, void* buffer, std::uint32_t* length)
 {
     return ReadByName(name, buffer, length);
+}
+
+HynResult CHynSQRecordSet::GetFieldValue(std::int32_t index, void* buffer, std::uint32_t* length)
+{
+    return ReadByIndex(index, buffer, length);
 }

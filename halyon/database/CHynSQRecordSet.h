@@ -49,21 +49,17 @@ public:
     // The command's statement, or null. [owner]
     sqlite3_stmt* GetSQstmt() const noexcept;
 
-    // One step of `statement`, with the waits for a busy database. HYN_S_OK: on a row. HYN_S_FALSE: at the end. Else
-    // the failures of Next. [owner]
-    static Halyon::HynResult Step(sqlite3_stmt* statement) noexcept;
-
     // The lowest column with this name, without regard to letter case, or -1. [owner]
-    std::int32_t GetFieldIndexByName(const char16_t* name);
+    std::int32_t GetFieldIndexByName(const char16_t* name) noexcept;
 
     // Resets the statement and lets the command go; everything that needs the statement fails from then on. [owner]
     void Close() noexcept;
 
 private:
-    [[nodiscard]] sqlite3_stmt* CountedStatement() const noexcept;
-    [[nodiscard]] sqlite3_stmt* StatementForColumn(std::int32_t index);
     template <class... Outputs>
-    Halyon::HynResult ReadByName(const char16_t* name, Outputs... outputs);
+    Halyon::HynResult ReadByIndex(std::int32_t index, Outputs... outputs) const noexcept;
+    template <class... Outputs>
+    Halyon::HynResult ReadByName(const char16_t* name, Outputs... outputs) noexcept;
 
     Halyon::CHynAutoPtr<CHynSQCommand> m_spCommand;
     std::int32_t m_nEof = 1;

@@ -104,7 +104,8 @@ int TovSetThreadPriority(TovThreadRef thread, int nPriority) noexcept;
 [[nodiscard]] std::uint32_t GetCurrentTovThreadID() noexcept;
 
 // Counts the forks that lie between the program's start and this process; what a process inherited from another can
-// so be told from what it made itself. Cheap enough to ask each time. [any]
+// so be told from what it made itself. Cheap enough to ask each time. Forks are not counted in a process that had no
+// memory to ask for their notice when it loaded this code. [any]
 [[nodiscard]] std::uint32_t TovGetForkCount() noexcept;
 
 // Puts the calling thread to sleep; never returns early. [any]

@@ -34,7 +34,7 @@ protected:
         return m_statement;
     }
 
-    int Find(const char16_t* name) { return m_names.Find(m_statement, sqlite3_column_count(m_statement), name); }
+    int Find(const char16_t* name) { return m_names.Find(m_statement, name); }
 
     const Raw m_engine{u":memory:"};
     sqlite3_stmt* m_statement = nullptr;

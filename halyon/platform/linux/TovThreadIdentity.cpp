@@ -11,8 +11,6 @@ using Halyon::Linux::t_threadID;
 
 namespace
 {
-// No count of forks: the handler is missing and the kernel is asked.
-constexpr std::uint32_t kAskKernel = 0xFFFFFFFFu;
 constinit std::atomic<std::uint32_t> g_forkCount{0};
 
 // The forking thread is the only one that lives on in the child, so forgetting its identifier is enough.
@@ -23,14 +21,8 @@ void ForgetParent() noexcept
 }
 
 // The C library drops the handler when the module that holds this code is unloaded. Registering fails when there is no
-// memory; nothing is remembered then.
-const bool g_noForkHandler = []
-{
-    const bool failed = pthread_atfork(nullptr, nullptr, ForgetParent) != 0;
-    if (failed)
-        g_forkCount.store(kAskKernel, std::memory_order_relaxed);
-    return failed;
-}();
+// memory: no identifier is remembered then and forks are not counted.
+const bool g_noForkHandler = pthread_atfork(nullptr, nullptr, ForgetParent) != 0;
 } // namespace
 
 namespace Halyon::Linux
@@ -53,6 +45,5 @@ std::uint32_t GetCurrentTovThreadID() noexcept
 
 std::uint32_t TovGetForkCount() noexcept
 {
-    const std::uint32_t count = g_forkCount.load(std::memory_order_relaxed);
-    return count != kAskKernel ? count : static_cast<std::uint32_t>(getpid());
+    return g_forkCount.load(std::memory_order_relaxed);
 }
