@@ -21,3 +21,5 @@ END
 
 "$place/build/workers" >"$place/seen"
 printf '%s\n' 1 4 9 16 25 | diff - "$place/seen"
+
+"$place/build/timed"
