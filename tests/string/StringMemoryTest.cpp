@@ -9,91 +9,65 @@
 
 #include <gtest/gtest.h>
 
-#include "Arrays.h"
 #include "OpenString.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Text.h"
 
 using namespace HalyonTest;
 
 namespace
 {
-CTovStringW FromPlatform(std::u16string_view text)
-{
-    const Halyon::CFStringRef platform =
-        Halyon::CFStringCreateWithCharacters(nullptr, text.data(), static_cast<Halyon::CFIndex>(text.size()));
-    CTovStringW result(platform);
-    Halyon::CFRelease(platform);
-    return result;
-}
-
-CTovStringW Appended(std::u16string_view text)
-{
-    CTovStringW result(text.substr(0, 1));
-    result += text.data() + 1;
-    return result;
-}
-
-CTovStringW Detached(std::u16string_view text)
-{
-    const CTovStringW shared(text);
-    CTovStringW result = shared;
-    result.TrimLeft();
-    return result;
-}
-
 // Ways to make a string of a text, behind whose terminator nothing may be read.
 const struct
 {
+    CTovStringW (*make)(const char16_t* text, std::size_t length);
     const char* name;
-    CTovStringW (*make)(std::u16string_view text);
 } kMakers[] = {
-    {"plain text",
-     [](std::u16string_view text)
+    {[](const char16_t* text, std::size_t) -> CTovStringW { return text; }, "plain text"},
+    {[](const char16_t* text, std::size_t length) { return CTovStringW(std::u16string_view(text, length)); }, "view"},
+    {[](const char16_t* text, std::size_t) { return CTovStringW::FromUTF8(U8(text)); }, "UTF-8"},
+    {[](const char16_t* text, std::size_t) { return (u"ab" + CTovStringW(text)).Mid(2); }, "Mid"},
+    {[](const char16_t* text, std::size_t length)
+     { return (CTovStringW(text) + u"ab").Left(static_cast<int>(length)); },
+     "Left"},
+    {[](const char16_t* text, std::size_t) { return CTovStringW() + text; }, "sum"},
+    {[](const char16_t* text, std::size_t)
      {
-         return CTovStringW(text.data());
-     }},
-    {"view",
-     [](std::u16string_view text)
+         const Halyon::CFStringRef platform = CTovStringW(text).StringRef();
+         CTovStringW result(platform);
+         Halyon::CFRelease(platform);
+         return result;
+     },
+     "platform text"},
+    {[](const char16_t* text, std::size_t)
      {
-         return CTovStringW(text);
-     }},
-    {"platform text", FromPlatform},
-    {"UTF-8",
-     [](std::u16string_view text)
+         CTovStringW result = CTovStringW(text).Left(1);
+         result += text + 1;
+         return result;
+     },
+     "append"},
+    {[](const char16_t* text, std::size_t)
      {
-         return CTovStringW::FromUTF8(CTovStringW(text).ToUTF8());
-     }},
-    {"Mid",
-     [](std::u16string_view text)
-     {
-         return (u"ab" + CTovStringW(text)).Mid(2);
-     }},
-    {"Left",
-     [](std::u16string_view text)
-     {
-         return (CTovStringW(text) + u"ab").Left(static_cast<int>(text.size()));
-     }},
-    {"sum",
-     [](std::u16string_view text)
-     {
-         return CTovStringW() + text.data();
-     }},
-    {"append", Appended},
-    {"detaching", Detached},
+         const CTovStringW shared(text);
+         CTovStringW result = shared;
+         result.TrimLeft();
+         return result;
+     },
+     "detaching"},
 };
 
 TEST(StringMemory, ABlockIsOneArrayOfExactlyHeaderTextAndTerminator)
 {
-    const int live = LiveArrays();
+    const long long live = LiveAllocations();
     for (const auto& maker : kMakers)
     {
-        for (const std::size_t length : {1u, 3u, 7u, 8u, 59u, 60u, 61u, 1001u})
+        // Among them those whose text, and those whose block, ends exactly at its page's end.
+        for (const std::size_t length : {1u, 3u, 7u, 8u, 9u, 57u, 60u, 63u, 1001u, 1007u})
         {
-            const GuardedArrays guarded;
-            // Where it ends, memory ends.
+            const GuardedAllocations guarded;
             const auto spText = std::make_unique<char16_t[]>(length + 1);
             std::fill_n(spText.get(), length, u'x');
-            const CTovStringW text = maker.make({spText.get(), length});
+            const CTovStringW text = maker.make(spText.get(), length);
             const CTovStringWData& header = HeaderOf(text);
             ASSERT_TRUE(text == spText.get()) << maker.name << ": " << U8(text);
             ASSERT_EQ(header.nRefCount, 1) << maker.name;
@@ -103,7 +77,7 @@ TEST(StringMemory, ABlockIsOneArrayOfExactlyHeaderTextAndTerminator)
             ASSERT_EQ(text.FindOneOf(spText.get()), 0) << maker.name;
         }
     }
-    EXPECT_EQ(LiveArrays(), live);
+    EXPECT_EQ(LiveAllocations(), live);
 }
 
 struct FailingCase
@@ -148,23 +122,24 @@ const FailingCase kFailing[] = {
 // Fails the first allocation, the second, and so on, until the work succeeds.
 void FailEachAllocationOf(const FailingCase& c, bool shared)
 {
-    const int live = LiveArrays();
+    const long long live = LiveAllocations();
     bool failed = true;
     for (int nth = 1; failed; ++nth)
     {
         CTovStringW text = u" ab ";
         CTovStringW other = shared ? text : CTovStringW();
-        FailArray(nth);
-        c.run(text);
-        failed = ArrayHasFailed();
-        FailArray(0);
+        {
+            const FailAllocation fail(nth);
+            c.run(text);
+            failed = FailAllocation::HasFailed();
+        }
         EXPECT_EQ(U8(text), failed ? c.left : c.done) << c.name << ", allocation " << nth;
         EXPECT_EQ(U8(other), shared ? " ab " : "") << c.name << ", allocation " << nth;
         text += u"!"; // still of use
         text = u"again and again";
         EXPECT_EQ(U8(text), "again and again") << c.name << ", allocation " << nth;
     }
-    EXPECT_EQ(LiveArrays(), live) << c.name;
+    EXPECT_EQ(LiveAllocations(), live) << c.name;
 }
 
 TEST(StringMemory, WithoutItEveryStringStaysUsableAndNothingLeaks)
@@ -182,10 +157,11 @@ TEST(StringMemory, WithoutItEveryStringStaysUsableAndNothingLeaks)
 TEST(StringMemory, LengthsAreCountedWiderThanTheyAreStored)
 {
     OpenString text(u"abc");
-    FailArray(1);
-    EXPECT_EQ(text.AllocBuffer(INT_MAX), 0);
-    FailArray(0);
-    EXPECT_EQ(LastArrayBytes(), 12 + 2 * (std::size_t{INT_MAX} + 1));
+    {
+        const FailAllocation fail(1);
+        EXPECT_EQ(text.AllocBuffer(INT_MAX), 0);
+        EXPECT_EQ(LastArrayBytes(), 12 + 2 * (std::size_t{INT_MAX} + 1));
+    }
     EXPECT_EQ(text.AllocBuffer(-1), 0);
     // Refused before a unit is read.
     text.ConcatCopy(INT_MAX, nullptr, 1, nullptr);
@@ -198,7 +174,7 @@ TEST(StringMemory, LengthsAreCountedWiderThanTheyAreStored)
 
 TEST(StringMemory, DerivedClassesManageBlocksByHand)
 {
-    const int live = LiveArrays();
+    const long long live = LiveAllocations();
     {
         OpenString a(u"abc");
         CTovStringW b = a;
@@ -231,6 +207,6 @@ TEST(StringMemory, DerivedClassesManageBlocksByHand)
         part.Release();
         EXPECT_TRUE(IsEmptyBlock(part));
     }
-    EXPECT_EQ(LiveArrays(), live);
+    EXPECT_EQ(LiveAllocations(), live);
 }
 } // namespace

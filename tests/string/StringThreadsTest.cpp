@@ -12,8 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include "Arrays.h"
 #include "OpenString.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Text.h"
 
 using namespace HalyonTest;
@@ -59,7 +59,7 @@ const struct
 
 TEST(StringThreads, CopiesOfOneTextAreMadeWrittenAndDroppedIndependently)
 {
-    const int live = LiveArrays();
+    const long long live = LiveAllocations();
     {
         const CTovStringW source = u" b ";
         std::atomic<int> wrong{0};
@@ -76,7 +76,7 @@ TEST(StringThreads, CopiesOfOneTextAreMadeWrittenAndDroppedIndependently)
         EXPECT_EQ(U8(source), " b ");
         EXPECT_EQ(HeaderOf(source).nRefCount, 1);
     }
-    EXPECT_EQ(LiveArrays(), live);
+    EXPECT_EQ(LiveAllocations(), live);
 }
 
 // Each thread owns one of the strings of a block. Who is last changes from round to round: some find the block shared
@@ -85,7 +85,7 @@ TEST(StringThreads, TheLastOwnerMayWriteInPlaceAndOneOfThemFrees)
 {
     std::array<CTovStringW, kThreads> texts;
     std::atomic<int> wrong{0};
-    const int live = LiveArrays();
+    const long long live = LiveAllocations();
     InStep([&texts] { texts.fill(CTovStringW(u" b ")); },
            [&texts, &wrong](std::size_t thread, std::size_t round)
            {
@@ -95,7 +95,7 @@ TEST(StringThreads, TheLastOwnerMayWriteInPlaceAndOneOfThemFrees)
                wrong += text.ToUTF8() != result;
            });
     EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(LiveArrays(), live);
+    EXPECT_EQ(LiveAllocations(), live);
 }
 
 TEST(StringThreads, EmptyTextsOfAllThreadsShareTheirBlockInPeace)

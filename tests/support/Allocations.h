@@ -2,10 +2,15 @@
 // replaces the library's everywhere in the process.
 #pragma once
 
+#include <cstddef>
+
 namespace HalyonTest
 {
 // Blocks that are allocated and not yet given back, over all threads.
 [[nodiscard]] long long LiveAllocations() noexcept;
+
+// Size of the array that the calling thread asked for last, whether it got it or not.
+[[nodiscard]] std::size_t LastArrayBytes() noexcept;
 
 // The first `nth` - 1 allocations of the calling thread succeed in this scope, the `nth` fails, and those after it
 // succeed again.
@@ -18,5 +23,16 @@ public:
     FailAllocation& operator=(const FailAllocation&) = delete;
 
     [[nodiscard]] static bool HasFailed() noexcept;
+};
+
+// While one lives, each block of the thread ends where a page ends (for sizes that 16 divides) and the next page cannot
+// be touched; nor can a freed block.
+class GuardedAllocations
+{
+public:
+    GuardedAllocations() noexcept;
+    ~GuardedAllocations();
+    GuardedAllocations(const GuardedAllocations&) = delete;
+    GuardedAllocations& operator=(const GuardedAllocations&) = delete;
 };
 } // namespace HalyonTest
