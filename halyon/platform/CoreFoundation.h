@@ -38,6 +38,10 @@ struct CFRange
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const char16_t* pCharacters,
                                          CFIndex nLength) noexcept;
 
+// The same from a zero-terminated text in `encoding` (UTF-8 is the only one). Null also for null, for text that is not
+// well-formed, and for other encodings: a path that is no text gives no text that would name another item. [any]
+CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* psz, CFStringEncoding encoding) noexcept;
+
 // Length in units. 0 for null. [any]
 CFIndex CFStringGetLength(CFStringRef string) noexcept;
 

@@ -1,4 +1,5 @@
-// The portability layer: critical sections, events, threads, sleep, 16-bit text, and the shared empty string block.
+// The portability layer: critical sections, events, threads, sleep, 16-bit text, paths, file references, and the
+// shared empty string block.
 //
 // What must hold on every machine is said here; an implementation lies in one folder of its own beside this file.
 // Everything stands at global scope.
@@ -11,6 +12,11 @@
 #include <type_traits>
 
 #include <halyon/framework/HynTypes.h>
+
+namespace Halyon
+{
+struct FSRef; // FileManager.h
+} // namespace Halyon
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Critical sections: re-entrant mutual exclusion between the threads of a process.
@@ -227,6 +233,74 @@ std::size_t TovTextToUTF8(const char16_t* text, std::size_t uLength, char* buffe
 // Converts from UTF-8, without a terminator. Each maximal ill-formed sequence becomes U+FFFD. Returns the number of
 // units that the whole text takes; writes only when that is at most `uSize` units. [any]
 std::size_t TovTextFromUTF8(const char* text, std::size_t uBytes, char16_t* buffer, std::size_t uSize) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Paths as text. Nothing here looks at the file system. Text lies at an even address; null counts as the empty text and
+// is never written to. The separator is "/" alone, and "/" itself is never shortened.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// Room, in units with the terminator, of every buffer that a path call fills by itself.
+inline constexpr std::size_t kTovPathUnits = 1024;
+
+// Removes one separator at the end. Returns 1 when there was one to remove, else 0. [any]
+int TovPathRemoveSlash(char16_t* pszPath) noexcept;
+
+// Appends a separator unless the text ends with one; the empty text becomes "/". Returns 1 when it did, else 0.
+// Requires: room for one more unit. [any]
+int TovPathAddSlash(char16_t* pszPath) noexcept;
+
+// Cuts the last component with the separators before it: "/a/b" becomes "/a", "/a" becomes "/", "/a/b/" becomes "/a/b",
+// "abc" becomes the empty text. Returns 1 when something was cut, else 0. [any]
+int TovPathRemoveFileSpec(char16_t* pszPath) noexcept;
+
+// Joins `pszName` on as a further component, with exactly one separator at the seam; onto the empty text it is copied
+// as it is. An empty name changes nothing. Returns 1, or 0 for a null path. Requires: room for both texts, a separator
+// and a terminator. [any]
+int TovPathAppend(char16_t* pszPath, const char16_t* pszName) noexcept;
+
+// Non-zero for a network path: two slashes, or two backslashes, and a host name. "///a" and "//./a" are none. [any]
+[[nodiscard]] int TovPathIsUNC(const char16_t* pszPath) noexcept;
+
+// Writes the longest leading path that both share: whole components, letter case counts, no separator at its end (but
+// "/"). Returns its length in units; 0 and the empty text when there is none, or when it does not fit. Requires:
+// `pszOut` has kTovPathUnits units and is neither of the two. [any]
+int TovPathCommonPrefix(const char16_t* pszA, const char16_t* pszB, char16_t* pszOut) noexcept;
+
+// Points at what follows the last separator: at the terminator for a path that ends with one. Null for null. [any]
+[[nodiscard]] const char16_t* TovPathFindFileName(const char16_t* pszPath) noexcept;
+
+// Points at the last "." of what TovPathFindFileName gives, else at the terminator. Null for null. [any]
+[[nodiscard]] const char16_t* TovPathFindExtension(const char16_t* pszPath) noexcept;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Items of the file system. Paths as above; those that are too long for the system name nothing. Links are followed
+// unless said otherwise.
+// ---------------------------------------------------------------------------------------------------------------------
+
+// Non-zero when the path names an existing folder. [any]
+[[nodiscard]] int TovPathIsDirectory(const char16_t* pszPath) noexcept;
+
+// Non-zero when the path names an existing item. A link that leads nowhere names none. [any]
+[[nodiscard]] int TovPathFileExists(const char16_t* pszPath) noexcept;
+
+// A reference to one item, for calls that act on the item itself. Null is none.
+struct Tov0FSR;
+using Tov0FSRRef = Tov0FSR*;
+
+// Makes a reference to the item at `pszPath`; a link at the end is the item, what it leads to is not. Returns null for
+// null, the empty path, a missing item, and a resolved path longer than 1023 bytes. The caller releases it. [any]
+[[nodiscard]] Tov0FSRRef Tov0FSRCreateWithPath(const char16_t* pszPath) noexcept;
+
+// Turns the reference into the file system's own; `nFlags` must be 0. Returns 1, or 0 and all zero bytes when another
+// item lies there by now, or none. [any]
+int Tov0FSRToAbs(Tov0FSRRef ref, Halyon::FSRef* pRef, int nFlags) noexcept;
+
+// Gives the reference back; null is not an error. [any]
+void Tov0FSRRelease(Tov0FSRRef ref) noexcept;
+
+// Deletes the item for good: a file, a link (not what it leads to) or an empty folder. Returns 1, or 0 for a folder
+// with content, an item that is gone or has changed places, and when the caller may not. [any]
+int TovFileDeleteExt(Tov0FSRRef ref) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // The shared empty string.

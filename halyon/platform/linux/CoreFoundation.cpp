@@ -6,6 +6,8 @@
 #include <cstring>
 #include <new>
 
+#include <unicode/ustring.h>
+
 #include <halyon/platform/TovPCMac.h>
 
 namespace Halyon
@@ -23,6 +25,7 @@ struct __CFString : CFObject
     CFIndex nLength = 0;
 
     [[nodiscard]] const char16_t* Characters() const noexcept { return reinterpret_cast<const char16_t*>(this + 1); }
+    [[nodiscard]] char16_t* Characters() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
 };
 
 namespace
@@ -33,6 +36,20 @@ void DestroyString(CFObject* object) noexcept
 {
     ::operator delete(object);
 }
+
+// A text whose characters are yet to be written; null when there is no memory. Requires: 0 <= `length` <= kMaxLength.
+__CFString* NewString(CFIndex length) noexcept
+{
+    const std::size_t bytes = (static_cast<std::size_t>(length) + 1) * sizeof(char16_t);
+    void* memory = ::operator new(sizeof(__CFString) + bytes, std::nothrow);
+    if (memory == nullptr)
+        return nullptr;
+    auto* string = new (memory) __CFString;
+    string->nLength = length;
+    string->destroy = DestroyString;
+    string->Characters()[length] = 0;
+    return string;
+}
 } // namespace
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef /*allocator*/, const char16_t* pCharacters,
@@ -40,17 +57,25 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef /*allocator*/, const cha
 {
     if (nLength < 0 || nLength > kMaxLength || (pCharacters == nullptr && nLength != 0))
         return nullptr;
-    const std::size_t bytes = static_cast<std::size_t>(nLength) * sizeof(char16_t);
-    void* memory = ::operator new(sizeof(__CFString) + bytes + sizeof(char16_t), std::nothrow);
-    if (memory == nullptr)
+    __CFString* string = NewString(nLength);
+    if (string != nullptr && nLength != 0)
+        std::memcpy(string->Characters(), pCharacters, static_cast<std::size_t>(nLength) * sizeof(char16_t));
+    return string;
+}
+
+CFStringRef CFStringCreateWithCString(CFAllocatorRef /*allocator*/, const char* psz, CFStringEncoding encoding) noexcept
+{
+    if (psz == nullptr || encoding != kCFStringEncodingUTF8)
         return nullptr;
-    auto* string = new (memory) __CFString;
-    string->nLength = nLength;
-    string->destroy = DestroyString;
-    auto* characters = reinterpret_cast<char16_t*>(string + 1);
-    if (bytes != 0)
-        std::memcpy(characters, pCharacters, bytes);
-    characters[nLength] = 0;
+    std::int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(nullptr, 0, &length, psz, -1, &status); // asks for the length and refuses what is ill-formed
+    if (U_FAILURE(status) && status != U_BUFFER_OVERFLOW_ERROR)
+        return nullptr;
+    __CFString* string = NewString(length);
+    status = U_ZERO_ERROR;
+    if (string != nullptr)
+        u_strFromUTF8(string->Characters(), length + 1, nullptr, psz, -1, &status);
     return string;
 }
 

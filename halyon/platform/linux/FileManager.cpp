@@ -1,6 +1,6 @@
 // References to items of the file system.
 
-#include <halyon/platform/FileManager.h>
+#include <halyon/platform/linux/FileItem.h>
 
 #include <cerrno>
 #include <climits>
@@ -10,6 +10,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+
+#include <halyon/platform/TovPCMac.h>
 
 namespace Halyon
 {
@@ -44,15 +46,67 @@ bool Identify(const char* path, FSRef& ref, unsigned& mode) noexcept
     return true;
 }
 
-bool IsStillThere(const FSRef& ref) noexcept
+// The path of the item that `path` names, links resolved but for one at the end. `path` is changed meanwhile.
+bool ResolveToItem(char* path, char (&resolved)[PATH_MAX]) noexcept
+{
+    std::size_t length = std::strlen(path);
+    while (length > 1 && path[length - 1] == '/')
+        path[--length] = 0;
+    char* slash = std::strrchr(path, '/');
+    char* name = slash != nullptr ? slash + 1 : path;
+    if (*name == 0 || std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
+        return realpath(path, resolved) != nullptr;
+    const char first = *name;
+    *name = 0;
+    const bool found = realpath(slash != nullptr ? path : ".", resolved) != nullptr;
+    *name = first;
+    if (!found)
+        return false;
+    std::size_t folder = std::strlen(resolved);
+    if (folder + std::strlen(name) + 2 > sizeof resolved)
+        return false;
+    if (resolved[folder - 1] != '/')
+        resolved[folder++] = '/';
+    std::memcpy(resolved + folder, name, std::strlen(name) + 1);
+    return true;
+}
+} // namespace
+
+bool IsStillThere(const FSRef& ref, unsigned& mode) noexcept
 {
     FSRef now = {};
-    unsigned mode = 0;
     const bool isPath = ref.szPath[0] == '/' && std::memchr(ref.szPath, 0, sizeof ref.szPath) != nullptr;
     return isPath && Identify(ref.szPath, now, mode) && now.uDevice == ref.uDevice && now.uInode == ref.uInode &&
            now.uBirth == ref.uBirth;
 }
-} // namespace
+
+bool BytesOfPath(const char16_t* path, char (&bytes)[PATH_MAX]) noexcept
+{
+    const std::size_t length = path != nullptr ? tov_wcslen(path) : 0;
+    const std::size_t size = TovTextToUTF8(path, length, bytes, sizeof bytes - 1);
+    if (length == 0 || size >= sizeof bytes)
+        return false;
+    bytes[size] = 0;
+    return true;
+}
+
+bool MakeItemRef(const char16_t* path, FSRef& ref) noexcept
+{
+    ref = {};
+    char bytes[PATH_MAX];
+    char resolved[PATH_MAX];
+    struct stat info = {};
+    if (!BytesOfPath(path, bytes) || lstat(bytes, &info) != 0) // with a separator at its end, a file is none
+        return false;
+    FSRef item = {};
+    unsigned mode = 0;
+    if (!ResolveToItem(bytes, resolved) || std::strlen(resolved) >= sizeof ref.szPath ||
+        !Identify(resolved, item, mode))
+        return false;
+    std::strcpy(item.szPath, resolved);
+    ref = item;
+    return true;
+}
 
 OSStatus FSPathMakeRef(const char* pszPath, FSRef* pRef, Boolean* pIsDirectory) noexcept
 {
@@ -86,7 +140,8 @@ OSStatus FSRefMakePath(const FSRef* pRef, char* pBuffer, std::uint32_t uSize) no
     pBuffer[0] = 0;
     if (pRef == nullptr)
         return paramErr;
-    if (!IsStillThere(*pRef))
+    unsigned mode = 0;
+    if (!IsStillThere(*pRef, mode))
         return fnfErr;
     const std::size_t length = std::strlen(pRef->szPath);
     if (length >= uSize)
