@@ -4,21 +4,15 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 #include <unicode/ustring.h>
 
 #include <halyon/platform/TovPCMac.h>
 
+#include "CFObject.h"
+
 namespace Halyon
 {
-// Every counted value begins with this.
-struct CFObject
-{
-    std::int32_t nRefCount = 1;
-    void (*destroy)(CFObject*) noexcept = nullptr;
-};
-
 // The characters and a terminator follow it in the same allocation.
 struct __CFString : CFObject
 {
@@ -32,21 +26,13 @@ namespace
 {
 constexpr CFIndex kMaxLength = PTRDIFF_MAX / CFIndex{sizeof(char16_t)} - CFIndex{sizeof(__CFString)};
 
-void DestroyString(CFObject* object) noexcept
-{
-    ::operator delete(object);
-}
-
 // A text whose characters are yet to be written; null when there is no memory. Requires: 0 <= `length` <= kMaxLength.
 __CFString* NewString(CFIndex length) noexcept
 {
-    const std::size_t bytes = (static_cast<std::size_t>(length) + 1) * sizeof(char16_t);
-    void* memory = ::operator new(sizeof(__CFString) + bytes, std::nothrow);
-    if (memory == nullptr)
+    auto* string = CFMakeObject<__CFString>((static_cast<std::size_t>(length) + 1) * sizeof(char16_t));
+    if (string == nullptr)
         return nullptr;
-    auto* string = new (memory) __CFString;
     string->nLength = length;
-    string->destroy = DestroyString;
     string->Characters()[length] = 0;
     return string;
 }
