@@ -1,8 +1,15 @@
-// Static tools for components: dates here.
+// Static tools for components: dates, the folders of bundles, programs and files.
+//
+// Not for paths as text (CHynPathHelper) and versions (CHynVersionHelper). What starts programs is in the library
+// Tools, everything else in Core.
 //
 // A timestamp is a FILETIME: 1/65536 s since 1904 UTC. In a database it is a double of seconds since 2001-01-01 UTC;
-// for people it is a local calendar date. Nothing here keeps state, so every operation runs on any thread; the local
-// zone is the system's (`TovTimeZoneChanged` reads it again).
+// for people it is a local calendar date. The local zone is the system's (`TovTimeZoneChanged` reads it again).
+//
+// A bundle is a folder with `Contents/Resources` in it, and there one folder a localisation (`ja.lproj`), each with a
+// folder `UI`. Paths are absolute, without a separator at the end; whether something lies there is not asked.
+//
+// Nothing here keeps state, so every operation runs on any thread.
 #pragma once
 
 #include <halyon/framework/HynTypes.h>
@@ -49,5 +56,41 @@ public:
     // integers in that order ("%04d-%02d-%02d %02d:%02d:%02d"). At most 99 units, what is longer is cut. The empty
     // string for a format that asks for anything but integers. Requires: `ft` is not null. [any]
     static CTovStringW FileTimeToString(const char16_t* format, const FILETIME* ft) noexcept;
+
+    // The folders of a bundle; of the running program's own bundle for null: X for a program in X/Contents/ANY, else
+    // the folder that the program lies in. The localised ones are in the folder of the localisation that suits the
+    // user's languages best, or in the resource folder when the bundle has no localisation. `WithName` is an item in
+    // that folder. The empty string when the path has no place in 1024 bytes of UTF-8 with its terminator, or is no
+    // valid text. [any]
+    static CTovStringW GetBundleContentsPath(__CFBundle* bundle) noexcept;
+    static CTovStringW GetBundleResourcePath(__CFBundle* bundle) noexcept;
+    static CTovStringW GetBundleLocalizePath(__CFBundle* bundle) noexcept;
+    static CTovStringW GetBundleLocalizeUIPath(__CFBundle* bundle) noexcept;
+    static CTovStringW GetBundleContentsPathWithName(__CFBundle* bundle, const char16_t* name) noexcept;
+    static CTovStringW GetBundleResourcePathWithName(__CFBundle* bundle, const char16_t* name) noexcept;
+    static CTovStringW GetBundleLocalizePathWithName(__CFBundle* bundle, const char16_t* name) noexcept;
+    static CTovStringW GetBundleLocalizeUIPathWithName(__CFBundle* bundle, const char16_t* name) noexcept;
+
+    // The same for the bundle in the folder `bundlePath`. Also the empty string when there is no such folder. [any]
+    static CTovStringW GetResourcePathFromBundlePath(const char16_t* bundlePath) noexcept;
+    static CTovStringW GetLocalizePathFromBundlePath(const char16_t* bundlePath) noexcept;
+    static CTovStringW GetLocalizeUIPathFromBundlePath(const char16_t* bundlePath) noexcept;
+    static CTovStringW GetResourcePathWithNameFromBundlePath(const char16_t* bundlePath, const char16_t* name) noexcept;
+    static CTovStringW GetLocalizePathWithNameFromBundlePath(const char16_t* bundlePath, const char16_t* name) noexcept;
+    static CTovStringW GetLocalizeUIPathWithNameFromBundlePath(const char16_t* bundlePath,
+                                                               const char16_t* name) noexcept;
+
+    // Writes the folder that holds the bundle (not the bundle itself); null means the program's own bundle. Returns 1,
+    // or 0 for a null `out`, for the root folder, and for paths of 1024 units or more; then `out` is untouched.
+    // Requires: `out` has 1024 units, all zero: no terminator is written, deliberately. [any]
+    static int GetModulePath(__CFBundle* bundle, char16_t* out) noexcept;
+
+    // Writes the path of "UI" in that folder, with a terminator. Returns 1 or 0 as above. Requires: `out` has 1024
+    // units. [any]
+    static int GetModuleUIPath(__CFBundle* bundle, char16_t* out) noexcept;
+
+    // A bundle for the folder `path`, which the caller releases with CFRelease; null when there is no such folder.
+    // [any]
+    [[nodiscard]] static __CFBundle* CreateBundleByPath(const char16_t* path) noexcept;
 };
 } // namespace Halyon
