@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -90,13 +91,7 @@ TEST_F(FileReference, NamesTheItemByItsResolvedPath)
     fs::create_symlink("folder", m_root / "link");
     fs::create_symlink("../folder/file", m_root / "folder/again");
     fs::current_path(m_root / "folder");
-    struct Case
-    {
-        fs::path path;
-        fs::path expected;
-        Boolean isDirectory;
-    };
-    const Case cases[] = {
+    const std::tuple<fs::path, fs::path, Boolean> cases[] = {
         {m_root / "folder/file", m_root / "folder/file", 0},
         {m_root / "folder/", m_root / "folder", 1},
         {m_root / "folder/.././/folder/file", m_root / "folder/file", 0},
@@ -107,13 +102,13 @@ TEST_F(FileReference, NamesTheItemByItsResolvedPath)
         {"..", m_root, 1},
         {"/", "/", 1},
     };
-    for (const Case& c : cases)
+    for (const auto& [path, expected, expectedDirectory] : cases)
     {
         FSRef ref;
         Boolean isDirectory = 9;
-        EXPECT_EQ(MakeRef(c.path, ref, &isDirectory), noErr) << c.path;
-        EXPECT_EQ(PathOf(ref), c.expected) << c.path;
-        EXPECT_EQ(isDirectory, c.isDirectory) << c.path;
+        EXPECT_EQ(MakeRef(path, ref, &isDirectory), noErr) << path;
+        EXPECT_EQ(PathOf(ref), expected) << path;
+        EXPECT_EQ(isDirectory, expectedDirectory) << path;
     }
 }
 
@@ -122,16 +117,13 @@ TEST_F(FileReference, WhatCannotBeReachedGivesNoItem)
     Write(m_root / "file");
     fs::create_symlink("nowhere", m_root / "dangling");
     fs::create_symlink("circle", m_root / "circle");
-    const std::pair<fs::path, OSStatus> cases[] = {
-        {"", paramErr},
-        {m_root / "missing", fnfErr},
-        {m_root / "missing/file", fnfErr},
-        {m_root / "file/", fnfErr},
-        {m_root / "file/below", fnfErr},
-        {m_root / "dangling", fnfErr},
-        {m_root / "circle", fnfErr},
-        {m_root / std::string(300, 'n'), pathTooLongErr},
-    };
+    const std::pair<fs::path, OSStatus> cases[] = {{"", paramErr},
+                                                   {m_root / "missing/file", fnfErr},
+                                                   {m_root / "file/", fnfErr},
+                                                   {m_root / "file/below", fnfErr},
+                                                   {m_root / "dangling", fnfErr},
+                                                   {m_root / "circle", fnfErr},
+                                                   {m_root / std::string(300, 'n'), pathTooLongErr}};
     for (const auto& [path, status] : cases)
     {
         FSRef ref;
@@ -140,11 +132,6 @@ TEST_F(FileReference, WhatCannotBeReachedGivesNoItem)
         EXPECT_EQ(std::memcmp(&ref, &kNoItem, sizeof ref), 0) << path;
         EXPECT_EQ(isDirectory, 9) << path;
     }
-    FSRef ref;
-    std::memset(&ref, '#', sizeof ref);
-    EXPECT_EQ(FSPathMakeRef(nullptr, &ref, nullptr), paramErr);
-    EXPECT_EQ(std::memcmp(&ref, &kNoItem, sizeof ref), 0);
-    EXPECT_EQ(FSPathMakeRef("/", nullptr, nullptr), paramErr);
 }
 
 TEST_F(FileReference, PathsOf1023BytesFitAndLongerOnesFail)
@@ -206,6 +193,10 @@ TEST_F(FileReference, ReferencesThatAreNoneGiveNoPath)
     FSRef garbage;
     std::memset(&garbage, '/', sizeof garbage); // no terminator anywhere
     EXPECT_EQ(PathOf(garbage), "status " + std::to_string(fnfErr));
+}
+
+TEST_F(FileReference, ArgumentsThatAreMissingAreRefused)
+{
     FSRef ref;
     ASSERT_EQ(MakeRef(m_root, ref), noErr);
     char buffer[1024] = "#";
@@ -214,4 +205,7 @@ TEST_F(FileReference, ReferencesThatAreNoneGiveNoPath)
     EXPECT_STREQ(buffer, "#");
     EXPECT_EQ(FSRefMakePath(nullptr, buffer, sizeof buffer), paramErr);
     EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(FSPathMakeRef("/", nullptr, nullptr), paramErr);
+    EXPECT_EQ(FSPathMakeRef(nullptr, &ref, nullptr), paramErr);
+    EXPECT_EQ(std::memcmp(&ref, &kNoItem, sizeof ref), 0);
 }

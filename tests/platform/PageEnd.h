@@ -1,9 +1,11 @@
 // Memory that ends where reading on is a fault.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include <sys/mman.h>
@@ -32,14 +34,21 @@ public:
         return m_memory + m_page - before - bytes;
     }
 
-    // A copy of `text` there, with its terminator; at an odd address when `before` is odd.
-    [[nodiscard]] const char16_t* Put(std::u16string_view text, std::size_t before = 0) const
+    // Copies of bytes and of a text there, the text with its terminator or without; at an odd address when `before` is.
+    [[nodiscard]] const char* PutBytes(std::string_view bytes, std::size_t before = 0) const
     {
-        const std::size_t bytes = text.size() * sizeof(char16_t);
-        char* place = Last(bytes + sizeof(char16_t), before);
-        std::memcpy(place, text.data(), bytes);
-        std::memset(place + bytes, 0, sizeof(char16_t));
-        return reinterpret_cast<const char16_t*>(place);
+        char* place = Last(bytes.size(), before);
+        std::copy(bytes.begin(), bytes.end(), place);
+        return place;
+    }
+    [[nodiscard]] const char16_t* PutUnits(std::u16string_view text, std::size_t before = 0) const
+    {
+        const auto* bytes = reinterpret_cast<const char*>(text.data());
+        return reinterpret_cast<const char16_t*>(PutBytes({bytes, text.size() * sizeof(char16_t)}, before));
+    }
+    [[nodiscard]] const char16_t* Put(const std::u16string& text, std::size_t before = 0) const
+    {
+        return PutUnits({text.c_str(), text.size() + 1}, before);
     }
 
 private:
