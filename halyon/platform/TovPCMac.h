@@ -1,5 +1,5 @@
-// The portability layer: critical sections, events, threads, sleep, 16-bit text, paths, file references, and the
-// shared empty string block.
+// The portability layer: critical sections, events, threads, sleep, 16-bit text, paths, file references, volumes, and
+// the shared empty string block.
 //
 // What must hold on every machine is said here; an implementation lies in one folder of its own beside this file.
 // Everything stands at global scope.
@@ -273,7 +273,7 @@ int TovPathCommonPrefix(const char16_t* pszA, const char16_t* pszB, char16_t* ps
 [[nodiscard]] const char16_t* TovPathFindExtension(const char16_t* pszPath) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Items of the file system. Paths as above; those that are too long for the system name nothing. Links are followed
+// Items and volumes. Paths as above; those that are too long for the system name nothing. Links are followed
 // unless said otherwise.
 // ---------------------------------------------------------------------------------------------------------------------
 
@@ -301,6 +301,33 @@ void Tov0FSRRelease(Tov0FSRRef ref) noexcept;
 // Deletes the item for good: a file, a link (not what it leads to) or an empty folder. Returns 1, or 0 for a folder
 // with content, an item that is gone or has changed places, and when the caller may not. [any]
 int TovFileDeleteExt(Tov0FSRRef ref) noexcept;
+
+// A volume is what is mounted in one folder. A path lies on the volume that a walk along its text meets last; links on
+// the way are not followed, repeated separators and ".." are not resolved, and it need not exist.
+
+// Writes the folder that the path's volume is mounted in, as the path begins, without a separator at its end, and
+// returns 1. On the startup volume, and for relative and network paths: writes the empty text, returns 0. Requires:
+// `pszDriver` has kTovPathUnits units; when the folder does not fit, the path is taken to be on the startup volume.
+// [any]
+int TovGetPathDriver(const char16_t* pszPath, char16_t* pszDriver) noexcept;
+
+// Kinds of volumes.
+inline constexpr std::uint32_t kTovDriveUnknown = 1;
+inline constexpr std::uint32_t kTovDriveRemovable = 2;
+inline constexpr std::uint32_t kTovDriveFixed = 3;
+inline constexpr std::uint32_t kTovDriveRemote = 4;
+inline constexpr std::uint32_t kTovDriveOptical = 5;
+inline constexpr std::uint32_t kTovDriveMemory = 6;
+
+// The kind of the volume that the path lies on; the empty path is the startup volume. kTovDriveUnknown for volumes that
+// the system makes up (lists of processes, settings) and for a path that does not exist. [any]
+[[nodiscard]] std::uint32_t TovGetDriveType(const char16_t* pszPath) noexcept;
+
+// Non-zero when both paths lie on the same volume, or name the same share of the same host. [any]
+[[nodiscard]] int TovPathIsSameRoot(const char16_t* pszA, const char16_t* pszB) noexcept;
+
+// Non-zero when the path is the folder that its volume is mounted in, with or without a separator at its end. [any]
+[[nodiscard]] int TovPathIsRoot(const char16_t* pszPath) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // The shared empty string.

@@ -40,8 +40,8 @@ std::string CommonPrefix(const char16_t* a, const char16_t* b)
 std::string Found(const CTovStringW& path)
 {
     const Tov0FSRRef ref = Tov0FSRCreateWithPath(path);
-    const std::string found = std::to_string(TovPathIsDirectory(path)) + std::to_string(TovPathFileExists(path)) +
-                              (ref != nullptr ? "1" : "0");
+    std::string found = std::to_string(TovPathIsDirectory(path)) + std::to_string(TovPathFileExists(path)) +
+                        (ref != nullptr ? "1" : "0");
     Tov0FSRRelease(ref);
     return found;
 }

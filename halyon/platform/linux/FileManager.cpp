@@ -98,12 +98,14 @@ bool MakeItemRef(const char16_t* path, FSRef& ref) noexcept
     struct stat info = {};
     if (!BytesOfPath(path, bytes) || lstat(bytes, &info) != 0) // with a separator at its end, a file is none
         return false;
+    if (!ResolveToItem(bytes, resolved))
+        return false;
+    const std::size_t length = std::strlen(resolved);
     FSRef item = {};
     unsigned mode = 0;
-    if (!ResolveToItem(bytes, resolved) || std::strlen(resolved) >= sizeof ref.szPath ||
-        !Identify(resolved, item, mode))
+    if (length >= sizeof item.szPath || !Identify(resolved, item, mode))
         return false;
-    std::strcpy(item.szPath, resolved);
+    std::memcpy(item.szPath, resolved, length + 1);
     ref = item;
     return true;
 }
