@@ -1,10 +1,15 @@
 #include <halyon/tools/CHynPathHelper.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <string_view>
 
+#include <halyon/platform/BaseFunction.h>
+#include <halyon/platform/CoreFoundation.h>
+#include <halyon/platform/FileManager.h>
+#include <halyon/platform/LaunchServices.h>
 #include <halyon/platform/TovPCMac.h>
 
 namespace Halyon
@@ -32,7 +37,85 @@ int ChangeInPlace(CTovStringW& path, std::size_t spare, int (*change)(char16_t*)
         path = copy.get();
     return changed;
 }
+
+constexpr std::u16string_view kVolumes = u"/Volumes/";
+
+bool BeginsWithVolumes(const char16_t* path) noexcept
+{
+    return tov_wcsnicmp(path, kVolumes.data(), kVolumes.size()) == 0;
+}
+
+// A path of the startup volume that does not say so.
+bool IsShort(const char16_t* path) noexcept
+{
+    return *path == u'/' && !BeginsWithVolumes(path);
+}
+
+// How two texts nest that both end with a separator or are empty; a separator that is missing is thought on.
+int Nesting(const char16_t* a, const char16_t* b) noexcept
+{
+    const std::u16string_view paths[] = {ViewOf(a), ViewOf(b)};
+    const auto fullLength = [](std::u16string_view path) noexcept
+    {
+        return path.size() + (path.empty() || path.back() == u'/' ? 0 : 1);
+    };
+    const std::size_t lengths[] = {fullLength(paths[0]), fullLength(paths[1])};
+    const std::size_t common = std::min(lengths[0], lengths[1]);
+    const std::size_t written = std::min(paths[0].size(), paths[1].size());
+    if (tov_wcsnicmp(a, b, written) != 0)
+        return 0;
+    const auto endsThere = [=](std::u16string_view path) noexcept
+    {
+        return path.size() <= written || path[written] == u'/';
+    };
+    if (written < common && !(endsThere(paths[0]) && endsThere(paths[1])))
+        return 0;
+    if (lengths[0] == lengths[1])
+        return -2;
+    return lengths[0] < lengths[1] ? 1 : -1;
+}
+
+// The path of one of the system's folders; empty when it cannot be found or its path is no text.
+CTovStringW PlatformFolder(FSVolumeRefNum domain, OSType type) noexcept
+{
+    FSRef ref = {};
+    char bytes[sizeof FSRef::szPath] = {};
+    if (FSFindFolder(domain, type, kCreateFolder, &ref) != noErr || FSRefMakePath(&ref, bytes, sizeof bytes) != noErr)
+        return {};
+    const CFStringRef text = CFStringCreateWithCString(nullptr, bytes, kCFStringEncodingUTF8);
+    CTovStringW path = text;
+    CFRelease(text);
+    return path;
+}
+
+bool LiesInSystemFolder(const char16_t* path) noexcept
+{
+    constexpr std::pair<FSVolumeRefNum, OSType> kProtected[] = {
+        {kSystemDomain, kSystemFolderType},      {kLocalDomain, kDomainLibraryFolderType},
+        {kSystemDomain, kDeveloperFolderType},   {kSystemDomain, kApplicationsFolderType},
+        {kUserDomain, kDomainLibraryFolderType}, {kClassicDomain, kApplicationsFolderType},
+        {kClassicDomain, kSystemFolderType},
+    };
+    return std::ranges::any_of(kProtected,
+                               [=](const auto& kind)
+                               {
+                                   const CTovStringW folder = PlatformFolder(kind.first, kind.second);
+                                   return !folder.IsEmpty() && CHynPathHelper::PathInPath(path, folder) < 0;
+                               });
+}
 } // namespace
+
+CTovStringW ExpandTildePath(const CTovStringW& path) noexcept
+{
+    FSRef root = {};
+    if (!IsShort(path) || !CTovStringW(u"/").MakeFSRef(&root))
+        return path;
+    CFStringRef shown = nullptr;
+    LSCopyDisplayNameForRef(&root, &shown);
+    const CTovStringW name = shown;
+    CFRelease(shown);
+    return CTovStringW(kVolumes) + name + path;
+}
 
 int CHynPathHelper::RemoveBacksplash(char16_t* path) noexcept
 {
@@ -140,6 +223,84 @@ int CHynPathHelper::IsFileExists(const char16_t* path) noexcept
 int CHynPathHelper::IsUNC(const char16_t* path) noexcept
 {
     return TovPathIsUNC(path);
+}
+
+int CHynPathHelper::IsRoot(const char16_t* path) noexcept
+{
+    return TovPathIsRoot(path);
+}
+
+int CHynPathHelper::IsSameRoot(const char16_t* a, const char16_t* b) noexcept
+{
+    return TovPathIsSameRoot(a, b);
+}
+
+CTovStringW CHynPathHelper::GetPathDriver(const char16_t* path) noexcept
+{
+    char16_t driver[kTovPathUnits];
+    return TovGetPathDriver(path, driver) != 0 ? CTovStringW(driver) : CTovStringW();
+}
+
+CTovStringW CHynPathHelper::GetRelativePath(const char16_t* path) noexcept
+{
+    CTovStringW whole = path;
+    AddBackslash(whole);
+    if (TovPathIsUNC(whole) != 0)
+        return whole;
+    const CTovStringW driver = GetPathDriver(path);
+    return driver.IsEmpty() ? whole : whole.Mid(driver.GetLength());
+}
+
+CTovStringW CHynPathHelper::GetFileRelativePath(const char16_t* path) noexcept
+{
+    CTovStringW folder = path;
+    RemoveFileSpec(folder);
+    return GetRelativePath(folder);
+}
+
+int CHynPathHelper::PathInPath(const char16_t* a, const char16_t* b) noexcept
+{
+    if (a == nullptr || b == nullptr)
+        return PathInPath(a != nullptr ? a : u"", b != nullptr ? b : u"");
+    // The startup volume's name matters only when one path has it and the other does not: before both, it changes no
+    // answer, and to ask for it costs more than the comparison.
+    if ((IsShort(a) && BeginsWithVolumes(b)) || (IsShort(b) && BeginsWithVolumes(a)))
+        return Nesting(ExpandTildePath(a), ExpandTildePath(b));
+    return Nesting(a, b);
+}
+
+bool CHynPathHelper::IsValidScanFolder(const char16_t* path) noexcept
+{
+    if (path == nullptr || *path == 0 || TovPathIsUNC(path) != 0)
+        return false;
+    const std::uint32_t drive = TovGetDriveType(GetPathDriver(path));
+    if (drive != kTovDriveRemovable && drive != kTovDriveFixed)
+        return false;
+    if (LiesInSystemFolder(path))
+        return false;
+    const CTovStringW users = PlatformFolder(kLocalDomain, kUsersFolderType);
+    const CTovStringW home = PlatformFolder(kLocalDomain, kCurrentUserFolderType);
+    return users.IsEmpty() || home.IsEmpty() || PathInPath(path, home) < 0 || PathInPath(path, users) >= 0;
+}
+
+int CHynPathHelper::IsReadOnlyFile(const char16_t* path) noexcept
+{
+    FSRef ref = {};
+    FSCatalogInfo info = {};
+    if (!CTovStringW(path).MakeFSRef(&ref) ||
+        FSGetCatalogInfo(&ref, kFSCatInfoUserPrivs, &info, nullptr, nullptr, nullptr) != noErr ||
+        FSRefCheckLock(&ref) != noErr)
+        return 1;
+    Boolean writable = 0;
+    if (FSRefIsWritable(&ref, &writable) == noErr && writable == 0)
+        return 1;
+    HFSUniStr255 fork = {};
+    FSGetDataForkName(&fork);
+    FSIORefNum file = 0;
+    if (FSOpenFork(&ref, fork.length, fork.unicode, fsRdWrPerm, &file) != noErr)
+        return 1;
+    FSCloseFork(file);
+    return info.userPrivileges & kioACUserNoMakeChangesMask;
 }
 
 bool CHynPathHelper::IsRecycleBinFolder(const char16_t* /*path*/) noexcept

@@ -16,6 +16,11 @@
 
 namespace Halyon
 {
+// "/Volumes/", the startup volume's name as people see it, and the path. Paths that begin with "/Volumes/" already (in
+// any letter case), relative paths and the empty path come back as they are. The name is deliberate: no tilde is
+// looked at. [any]
+CTovStringW ExpandTildePath(const CTovStringW& path) noexcept;
+
 class CHynPathHelper
 {
 public:
@@ -59,6 +64,36 @@ public:
 
     // Non-zero for a network path: //host/share, \\host\share. [any]
     static int IsUNC(const char16_t* path) noexcept;
+
+    // Non-zero when the path is the folder that its volume is mounted in. [any]
+    static int IsRoot(const char16_t* path) noexcept;
+
+    // Non-zero when both lie on the same volume. [any]
+    static int IsSameRoot(const char16_t* a, const char16_t* b) noexcept;
+
+    // The folder that the path's volume is mounted in, as the path begins; empty on the startup volume, and for
+    // relative and network paths. The path need not exist. [any]
+    static CTovStringW GetPathDriver(const char16_t* path) noexcept;
+
+    // The path without what GetPathDriver gives, with a separator at its end; a network path whole. [any]
+    static CTovStringW GetRelativePath(const char16_t* path) noexcept;
+
+    // GetRelativePath of the path without its last component. [any]
+    static CTovStringW GetFileRelativePath(const char16_t* path) noexcept;
+
+    // How two folders nest, as text: 1 when `b` lies in `a`, -1 when `a` lies in `b`, -2 for the same folder, 0 for
+    // neither. So a negative result means that `a` is `b` or lies in it. The empty path contains everything. Both are
+    // compared in their "/Volumes/" form (ExpandTildePath). [any]
+    static int PathInPath(const char16_t* a, const char16_t* b) noexcept;
+
+    // Whether a folder may be searched for media: on a fixed or removable volume, and not in the system's folders, nor
+    // in the homes of other users or the folder that holds them. The caller's own home may be, but for its library.
+    // Asking makes that library when it is missing. False for null, empty and network paths. [any]
+    static bool IsValidScanFolder(const char16_t* path) noexcept;
+
+    // Non-zero when the caller cannot write to the file: locked, no permission, a program that runs. Also for what is
+    // no file: nothing, a folder, a pipe, a device. Asking changes nothing and waits for nothing. [any]
+    static int IsReadOnlyFile(const char16_t* path) noexcept;
 
     // Always false, deliberately: the trash is no folder of this kind here. [any]
     static bool IsRecycleBinFolder(const char16_t* path) noexcept;

@@ -6,11 +6,19 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <halyon/tools/CHynPathHelper.h>
+#include <tests/support/InChild.h>
+#include <tests/support/TempFolder.h>
 #include <tests/support/Text.h>
 
 using Halyon::CHynPathHelper;
+using Halyon::ExpandTildePath;
+using HalyonTest::InChild;
+using HalyonTest::TempFolder;
 using HalyonTest::U8;
+namespace fs = std::filesystem;
 
 TEST(PathHelper, StringsChangeInPlaceAndEmptyOnesStayEmpty)
 {
@@ -89,4 +97,139 @@ TEST(PathHelper, CommonPrefixReplacesTheString)
     EXPECT_EQ(U8(out), "/a");
     EXPECT_EQ(CHynPathHelper::CommonPrefix(u"a", u"b", out), 0);
     EXPECT_EQ(U8(out), "");
+}
+
+TEST(PathHelper, FoldersNestByWholeComponentsWhateverTheirCase)
+{
+    const std::tuple<const char16_t*, const char16_t*, int> cases[] = {
+        {u"/a/b", u"/a/b/c", 1},
+        {u"/a/B/", u"/A/b", -2},
+        {u"/a/b", u"/a/bc", 0},
+        {u"/a/b/", u"/a/bc", 0},
+        {u"/", u"/a", 1},
+        {u"/", u"/", -2},
+        {u"", u"/a", 1},
+        {u"", u"", -2},
+        {u"a", u"a/b", 1},
+        {u"a", u"/a", 0},
+        {u"/ΣΙ/写", u"/σι/写/b", 1},
+        {u"/a/b/", u"/a/c/d", 0},
+        {nullptr, u"/a", 1},
+        {u"/Volumes", u"/Volumes/x", 0}, // the latter is in the long form already
+        {u"/VOLUMES/x", u"/volumes/X/y", 1},
+    };
+    for (const auto& [a, b, nesting] : cases)
+    {
+        EXPECT_EQ(CHynPathHelper::PathInPath(a, b), nesting) << U8(a) << " and " << U8(b);
+        const int other = nesting == 1 ? -1 : nesting;
+        EXPECT_EQ(CHynPathHelper::PathInPath(b, a), other) << U8(b) << " and " << U8(a);
+    }
+}
+
+TEST(PathHelper, AStartupVolumePathIsTheSameInItsLongForm)
+{
+    const CTovStringW expanded = ExpandTildePath(u"/Users/x");
+    const std::u16string_view text = expanded.View();
+    ASSERT_TRUE(text.starts_with(u"/Volumes/") && text.ends_with(u"/Users/x")) << U8(expanded);
+    EXPECT_EQ(text.substr(9, text.size() - 17).find(u'/'), std::u16string_view::npos) << "the name is one component";
+    for (const char16_t* path : {u"/VOLUMES/Disk/x", u"/Volumes/", u"relative/x", u"", u"~/x"})
+        EXPECT_EQ(U8(ExpandTildePath(path)), U8(path));
+    EXPECT_EQ(CHynPathHelper::PathInPath(u"/Users/x", expanded), -2);
+    EXPECT_EQ(CHynPathHelper::PathInPath(expanded, u"/users/X/y"), 1);
+    EXPECT_EQ(CHynPathHelper::PathInPath(expanded, u"/"), -1);
+    EXPECT_EQ(CHynPathHelper::PathInPath(u"/Volumes/x", u"/x"), 0);
+}
+
+TEST(PathHelper, RelativePathsLeaveTheVolumeOut)
+{
+    // path, its volume, the path on it, its folder on it
+    const std::tuple<const char16_t*, const char*, const char*, const char*> cases[] = {
+        {u"/a/b", "", "/a/b/", "/a/"},
+        {u"/", "", "/", "/"},
+        {u"", "", "", ""},
+        {u"a/b", "", "a/b/", "a/"},
+        {u"/proc/1/x", "/proc", "/1/x/", "/1/"},
+        {u"/proc", "/proc", "/", "/"},
+        {u"//host/share/a", "", "//host/share/a/", "//host/share/"},
+    };
+    for (const auto& [path, driver, relative, folder] : cases)
+    {
+        EXPECT_EQ(U8(CHynPathHelper::GetPathDriver(path)), driver) << U8(path);
+        EXPECT_EQ(U8(CHynPathHelper::GetRelativePath(path)), relative) << U8(path);
+        EXPECT_EQ(U8(CHynPathHelper::GetFileRelativePath(path)), folder) << U8(path);
+    }
+    EXPECT_EQ(CHynPathHelper::IsSameRoot(u"/proc/1", u"/"), 0);
+    EXPECT_EQ(CHynPathHelper::IsRoot(u"/proc/"), 1);
+}
+
+TEST(PathHelper, OneMayScanOnesOwnFoldersButNotTheSystems)
+{
+    const TempFolder folder;
+    const std::string home = folder.Path() / "home";
+    fs::create_directory(home);
+    const std::pair<std::string, bool> cases[] = {
+        {home, true},
+        {home + "/Pictures", true},
+        {home + "/.local/share", false},
+        {home + "/.LOCAL/share/x", false},
+        {"/", true},
+        {"/srv/media", true},
+        {folder.Path(), true},
+        {"/usr", false},
+        {"/USR/lib", false},
+        {"/usr/src/x", false},
+        {"/var/lib/x", false},
+        {"/opt", !fs::exists("/opt")},
+        {"/home", false},
+        {"/home/other", false},
+        {"//host/share", false},
+        {"/proc", false},
+        {"", false},
+    };
+    const auto ask = [&](const char* homeFolder)
+    {
+        setenv("HOME", homeFolder, 1);
+        unsetenv("XDG_DATA_HOME");
+        std::string text;
+        for (const auto& [path, valid] : cases)
+            text += CHynPathHelper::IsValidScanFolder(CTovStringW::FromUTF8(path)) ? "1" : "0";
+        return text;
+    };
+    std::string expected;
+    for (const auto& [path, valid] : cases)
+        expected += valid ? "1" : "0";
+    if (!CHynPathHelper::IsValidScanFolder(folder.Wide("")) || !fs::exists("/home"))
+        GTEST_SKIP() << "the folder for temporary files is on no disk, or there is no /home";
+    EXPECT_EQ(InChild([&] { return ask(home.c_str()); }), expected);
+    EXPECT_TRUE(fs::exists(home + "/.local/share"));
+    // Without a home there is nothing to keep apart: other users' folders are taken too.
+    const std::string homeless = InChild([&] { return ask("/none"); });
+    EXPECT_EQ(homeless, "11111" + expected.substr(5, 7) + "11" + "000");
+    EXPECT_FALSE(CHynPathHelper::IsValidScanFolder(nullptr));
+    EXPECT_FALSE(CHynPathHelper::IsRecycleBinFolder(u"/"));
+}
+
+TEST(PathHelper, ReadOnlyIsWhatTheCallerCannotWrite)
+{
+    const TempFolder folder;
+    folder.Write("open");
+    folder.Write("closed");
+    folder.Write("写真 open");
+    fs::permissions(folder.Path() / "open", fs::perms(0666));
+    fs::permissions(folder.Path() / "写真 open", fs::perms(0666));
+    fs::permissions(folder.Path() / "closed", fs::perms(0444));
+    fs::create_symlink("open", folder.Path() / "link");
+    ASSERT_EQ(mkfifo((folder.Path() / "pipe").c_str(), 0666), 0);
+    EXPECT_EQ(InChild(
+                  [&]
+                  {
+                      HalyonTest::BecomeNobody();
+                      std::string text;
+                      for (const char* name : {"open", "写真 open", "link", "closed", "pipe", "", "none"})
+                          text += CHynPathHelper::IsReadOnlyFile(folder.Wide(name)) != 0 ? "1" : "0";
+                      return text;
+                  }),
+              "0001111");
+    EXPECT_NE(CHynPathHelper::IsReadOnlyFile(u""), 0);
+    EXPECT_NE(CHynPathHelper::IsReadOnlyFile(nullptr), 0);
 }
