@@ -1,8 +1,10 @@
 // What a host finds in the module: identifiers, entry points, and a file that can be loaded and closed any number of
 // times.
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 #include <malloc.h>
@@ -128,14 +130,9 @@ TEST(EntryPoints, RefuseInOrderAndLeaveNothingBehind)
         EXPECT_EQ(LiveAllocations(), before);
         EXPECT_EQ(out, &marker);
     }
-}
-
-TEST(EntryPoints, AllocateNothingForAnUnknownClass)
-{
-    const Module module;
-    void* out = nullptr;
-    const FailAllocation guard(1);
-    EXPECT_EQ(module.GetClassObject(kCommand, kUnknown, &out), kNoInterface);
+    // For an unknown class nothing is even asked for.
+    const FailAllocation first(1);
+    EXPECT_EQ(module.GetClassObject(kCommand, kUnknown, nullptr), kNoInterface);
     EXPECT_FALSE(FailAllocation::HasFailed());
 }
 
@@ -171,15 +168,12 @@ TEST(EntryPoints, HandOverTheOnlyReferenceAndNeverForbidUnloading)
 void LoadUseAndClose()
 {
     const Module module;
+    constexpr int kConnect = 3;
+    constexpr int kOpenText = 9;
     void* connection = module.MakeConnection();
-    enum
-    {
-        kConnect = 3,
-        kOpenRecordSet = 9
-    };
     ASSERT_EQ(Call<std::int32_t>(connection, kConnect, u":memory:", u"a", u"b"), kOk);
     void* recordSet = nullptr;
-    ASSERT_EQ(Call<std::int32_t>(connection, kOpenRecordSet, u"SELECT 1 AS one", &recordSet), kOk);
+    ASSERT_EQ(Call<std::int32_t>(connection, kOpenText, u"SELECT 1 AS one", &recordSet), kOk);
     EXPECT_EQ(Release(recordSet), 0u);
     EXPECT_EQ(Release(connection), 0u);
 }
@@ -193,10 +187,7 @@ constexpr bool kThreadSanitizer = false;
 long CountMappings()
 {
     std::ifstream maps("/proc/self/maps");
-    long count = 0;
-    for (std::string line; std::getline(maps, line);)
-        ++count;
-    return count;
+    return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
 }
 
 TEST(ModuleLife, LoadingAndClosingAThousandTimesLeavesNothing)

@@ -12,6 +12,7 @@
 #include <halyon/framework/CHynUnknown.h>
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/HynThreadID.h>
+#include <halyon/platform/TovPCMac.h>
 
 using namespace Halyon;
 
@@ -62,18 +63,6 @@ private:
     bool& m_gone;
 };
 
-TEST(CountingBase, StartsAtZeroAndDestroysWithTheLastRelease)
-{
-    bool gone = false;
-    auto* part = new Part(gone);
-    EXPECT_EQ(part->AddRef(), 1u);
-    EXPECT_EQ(part->AddRef(), 2u);
-    EXPECT_EQ(part->Release(), 1u);
-    EXPECT_FALSE(gone);
-    EXPECT_EQ(part->Release(), 0u);
-    EXPECT_TRUE(gone);
-}
-
 TEST(CountingBase, AnswersNoInterfaceByItself)
 {
     CHynUnknown base;
@@ -84,34 +73,36 @@ TEST(CountingBase, AnswersNoInterfaceByItself)
     EXPECT_EQ(out, &marker);
 }
 
-TEST(CountingBase, TestsTheIdentifierBeforeThePointers)
+TEST(CountingBase, StartsAtZeroAnswersByTheRulesAndDestroysWithTheLastRelease)
 {
     bool gone = false;
-    Part part(gone);
+    auto* part = new Part(gone);
     const auto answer = [](IHynUnknown* self, const HYN_GUID& iid, void** ppv)
     {
         return HynAnswerInterface<&IID_IHynViewer, &IID_IHynUnknown>(self, iid, ppv);
     };
     void* out = nullptr;
-    EXPECT_EQ(answer(nullptr, IID_IHynBrowser, nullptr), HYN_E_NOINTERFACE);
+    EXPECT_EQ(answer(nullptr, IID_IHynBrowser, nullptr), HYN_E_NOINTERFACE) << "the identifier is tested first";
     EXPECT_EQ(answer(nullptr, IID_IHynViewer, &out), HYN_E_POINTER);
-    EXPECT_EQ(answer(&part, IID_IHynUnknown, nullptr), HYN_E_POINTER);
+    EXPECT_EQ(answer(part, IID_IHynUnknown, nullptr), HYN_E_POINTER);
     EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(answer(&part, IID_IHynViewer, &out), HYN_S_OK);
-    EXPECT_EQ(out, &part);
-    EXPECT_EQ(part.AddRef(), 2u);
+    EXPECT_EQ(answer(part, IID_IHynViewer, &out), HYN_S_OK);
+    EXPECT_EQ(out, part);
+    EXPECT_EQ(part->AddRef(), 2u);
+    EXPECT_EQ(part->Release(), 1u);
+    EXPECT_FALSE(gone);
+    EXPECT_EQ(part->Release(), 0u);
+    EXPECT_TRUE(gone);
 }
 
 TEST(Identifiers, DifferInAnyByte)
 {
-    HYN_GUID id = IID_IHynUnknown;
-    EXPECT_EQ(id, IID_IHynUnknown);
-    auto* bytes = reinterpret_cast<std::uint8_t*>(&id);
-    for (std::size_t i = 0; i < sizeof id; ++i)
+    for (std::size_t i = 0; i < sizeof(HYN_GUID); ++i)
     {
-        bytes[i] ^= 0x80;
+        HYN_GUID id = IID_IHynUnknown;
+        EXPECT_EQ(id, IID_IHynUnknown);
+        reinterpret_cast<std::uint8_t*>(&id)[i] ^= 0x80;
         EXPECT_NE(id, IID_IHynUnknown) << i;
-        bytes[i] ^= 0x80;
     }
 }
 
@@ -120,16 +111,8 @@ struct Logged
 {
     char name;
     std::string& log;
-    std::uint32_t AddRef()
-    {
-        log += {'+', name};
-        return 0;
-    }
-    std::uint32_t Release()
-    {
-        log += {'-', name};
-        return 0;
-    }
+    void AddRef() { log += {'+', name}; }
+    void Release() { log += {'-', name}; }
 };
 
 class AutoPtr : public testing::Test
@@ -196,39 +179,21 @@ TEST_F(AutoPtr, CountsEachHolderOnce)
 
 TEST(ResultCodes, HaveTheirValuesNamesAndSigns)
 {
-    const struct
+    const std::pair<const char*, std::uint32_t> cases[] = {
+        {"HYN_S_OK", 0x00000000},     {"HYN_S_FALSE", 0x00000001},       {"HYN_E_BUFFERTOOSMALL", 0x80000002},
+        {"HYN_E_FAIL", 0x80000008},   {"HYN_E_NOINTERFACE", 0x81000001}, {"HYN_E_POINTER", 0x81000002},
+        {"HYN_E_SQSTEP", 0x81040001}, {"HYN_E_SQNULLVALUE", 0x81040002}, {"unknown result", 0x80000001}};
+    for (const auto& [name, value] : cases)
     {
-        const char* name;
-        std::uint32_t value;
-        bool succeeds;
-    } cases[] = {
-        {"HYN_S_OK", 0x00000000, true},
-        {"HYN_S_FALSE", 0x00000001, true},
-        {"HYN_E_BUFFERTOOSMALL", 0x80000002, false},
-        {"HYN_E_FAIL", 0x80000008, false},
-        {"HYN_E_NOINTERFACE", 0x81000001, false},
-        {"HYN_E_POINTER", 0x81000002, false},
-        {"HYN_E_SQSTEP", 0x81040001, false},
-        {"HYN_E_SQNULLVALUE", 0x81040002, false},
-        {"unknown result", 0x80000001, false},
-    };
-    for (const auto& test : cases)
-    {
-        const auto result = static_cast<HynResult>(test.value);
-        EXPECT_STREQ(HynResultName(result), test.name);
-        EXPECT_EQ(HynSucceeded(result), test.succeeds) << test.name;
-        EXPECT_EQ(HynFailed(result), !test.succeeds) << test.name;
+        const auto result = static_cast<HynResult>(value);
+        EXPECT_STREQ(HynResultName(result), name);
+        EXPECT_EQ(HynSucceeded(result), value < 2) << name;
+        EXPECT_EQ(HynFailed(result), value >= 2) << name;
     }
 }
 
-TEST(ThreadIdentity, IsStableAndDistinctBetweenLiveThreads)
+TEST(ThreadIdentity, IsThePlatforms)
 {
-    const std::uint32_t mine = HynGetCurrentThreadID();
-    EXPECT_NE(mine, 0u);
-    EXPECT_EQ(HynGetCurrentThreadID(), mine);
-    std::uint32_t other = 0;
-    std::thread([&] { other = HynGetCurrentThreadID(); }).join();
-    EXPECT_NE(other, 0u);
-    EXPECT_NE(other, mine);
+    EXPECT_EQ(HynGetCurrentThreadID(), GetCurrentTovThreadID());
 }
 } // namespace

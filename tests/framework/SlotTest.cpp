@@ -14,75 +14,39 @@ using HalyonTest::LiveAllocations;
 
 namespace
 {
+// clang-format off
 enum ConnectionSlot
 {
-    kConnect = 3,
-    kDisConnect,
-    kBeginTrans,
-    kCommitTrans,
-    kRollbackTrans,
-    kExecuteText,
-    kOpenText,
-    kCreateCommand,
-    kGetLastInsertID,
+    kConnect = 3, kDisConnect, kBeginTrans, kCommitTrans, kRollbackTrans,
+    kExecuteText, kOpenText, kCreateCommand, kGetLastInsertID,
     kConnectionEnd
 };
 
 enum CommandSlot
 {
     kPrepareSQL = 3,
-    kBindInt,
-    kBindUnsigned,
-    kBindInt64,
-    kBindDouble,
-    kBindText,
-    kBindMoment,
-    kBindBlob,
-    kExecute,
-    kOpen,
+    kBindInt, kBindUnsigned, kBindInt64, kBindDouble, kBindText, kBindMoment, kBindBlob,
+    kExecute, kOpen,
     kCommandEnd
 };
 
 enum RecordSetSlot
 {
-    kGetFieldCount = 3,
-    kReset,
-    kNext,
-    kIntByName,
-    kIntByIndex,
-    kUnsignedByName,
-    kUnsignedByIndex,
-    kInt64ByName,
-    kInt64ByIndex,
-    kDoubleByName,
-    kDoubleByIndex,
-    kTextByName,
-    kTextByIndex,
-    kMomentByName,
-    kMomentByIndex,
-    kBlobByName,
-    kBlobByIndex,
+    kGetFieldCount = 3, kReset, kNext,
+    kIntByName, kIntByIndex, kUnsignedByName, kUnsignedByIndex, kInt64ByName, kInt64ByIndex,
+    kDoubleByName, kDoubleByIndex, kTextByName, kTextByIndex, kMomentByName, kMomentByIndex,
+    kBlobByName, kBlobByIndex,
     kIsEof,
     kRecordSetEnd
 };
 
-// After the last slot of its interface a component's table goes on with these.
-enum ComponentSlot
-{
-    kDestroy,       // the object's parts, not its memory
-    kDestroyDelete, // both
-    kDefaultQuery
-};
+// After the last slot of its interface a component's table goes on with these: the first destroys the object's parts,
+// the second frees its memory as well.
+enum ComponentSlot { kDestroy, kDestroyDelete, kDefaultQuery };
 
 // The table of the counting base, which lies right after the interface's table pointer.
-enum BaseSlot
-{
-    kBaseDestroy,
-    kBaseDestroyDelete,
-    kBaseAddRef,
-    kBaseRelease,
-    kBaseQuery
-};
+enum BaseSlot { kBaseDestroy, kBaseDestroyDelete, kBaseAddRef, kBaseRelease, kBaseQuery };
+// clang-format on
 
 using Code = std::int32_t;
 
@@ -259,46 +223,40 @@ TEST_P(ComponentSlots, AnswerQueriesByTheRules)
     EXPECT_EQ(Release(object), 0u);
 }
 
-TEST_P(ComponentSlots, GoOnWithTheDestructorAndTheOwnQuery)
+// One object is destroyed in place and one with its memory, by two slots that stand side by side.
+TEST_P(ComponentSlots, GoOnWithTheDestructorsAndTheQueryOfTheComponentAndOfItsCountingBase)
 {
     const int end = GetParam().end;
-    const long long before = LiveAllocations();
-    void* object = Make();
-    void* out = nullptr;
-    EXPECT_EQ(Call<Code>(object, end + kDefaultQuery, &GetParam().id, &out), kOk);
-    EXPECT_EQ(out, object);
-    Call<void>(object, end + kDestroyDelete);
-    EXPECT_EQ(LiveAllocations(), before);
+    const struct
+    {
+        std::size_t table; // where its pointer lies in the object
+        int destroy;
+        int query;
+    } tables[] = {{0, end + kDestroy, end + kDefaultQuery}, {1, kBaseDestroy, kBaseQuery}};
+    for (const auto& [table, destroy, query] : tables)
+    {
+        const long long before = LiveAllocations();
+        void* object = Make();
+        void* out = nullptr;
+        EXPECT_EQ(Call<Code>(static_cast<void**>(object) + table, query, &GetParam().id, &out), kOk);
+        EXPECT_EQ(out, object) << "the query moves back to the start of the object";
+        Call<void>(static_cast<void**>(object) + table, destroy + 1);
+        EXPECT_EQ(LiveAllocations(), before) << "table " << table;
 
-    object = Make();
-    Call<void>(object, end + kDestroy);
-    EXPECT_EQ(LiveAllocations(), before + 1) << "the object's own block is left";
-    ::operator delete(object);
+        object = Make();
+        Call<void>(static_cast<void**>(object) + table, destroy);
+        EXPECT_EQ(LiveAllocations(), before + 1) << "the object's own block is left; table " << table;
+        ::operator delete(object);
+    }
 }
 
-TEST_P(ComponentSlots, OfTheCountingBaseReachTheWholeObject)
+TEST_P(ComponentSlots, OfTheCountingBaseCountForTheWholeObject)
 {
-    const auto baseOf = [](void* object) -> void*
-    {
-        return static_cast<void**>(object) + 1;
-    };
     const long long before = LiveAllocations();
-    void* object = Make();
-    void* out = nullptr;
-    EXPECT_EQ(Call<std::uint32_t>(baseOf(object), kBaseAddRef), 2u);
-    EXPECT_EQ(Call<std::uint32_t>(baseOf(object), kBaseRelease), 1u);
-    EXPECT_EQ(Call<Code>(baseOf(object), kBaseQuery, &GetParam().id, &out), kOk);
-    EXPECT_EQ(out, object) << "the query moves back to the start of the object";
-    Call<void>(baseOf(object), kBaseDestroyDelete);
-    EXPECT_EQ(LiveAllocations(), before);
-
-    object = Make();
-    Call<void>(baseOf(object), kBaseDestroy);
-    EXPECT_EQ(LiveAllocations(), before + 1);
-    ::operator delete(object);
-
-    object = Make();
-    EXPECT_EQ(Call<std::uint32_t>(baseOf(object), kBaseRelease), 0u);
+    void* base = static_cast<void**>(Make()) + 1;
+    EXPECT_EQ(Call<std::uint32_t>(base, kBaseAddRef), 2u);
+    EXPECT_EQ(Call<std::uint32_t>(base, kBaseRelease), 1u);
+    EXPECT_EQ(Call<std::uint32_t>(base, kBaseRelease), 0u);
     EXPECT_EQ(LiveAllocations(), before) << "the last release destroys the whole object";
 }
 } // namespace
