@@ -123,12 +123,18 @@ bool IsOneOf(std::string_view type, const std::array<std::string_view, N>& types
     return std::ranges::find(types, type) != types.end();
 }
 
-constexpr std::array<std::string_view, 25> kRemote = {
-    "nfs",        "nfs4",        "cifs",      "smb3",           "smbfs",
-    "ncpfs",      "afs",         "ceph",      "coda",           "9p",
-    "virtiofs",   "lustre",      "beegfs",    "gfs2",           "ocfs2",
-    "davfs",      "fuse.sshfs",  "fuse.s3fs", "fuse.rclone",    "fuse.glusterfs",
-    "fuse.davfs", "fuse.davfs2", "fuse.ceph", "fuse.curlftpfs", "fuse.smbnetfs"};
+constexpr std::array<std::string_view, 23> kRemote = {"nfs",          "nfs4",
+                                                      "cifs",         "smb3",
+                                                      "smbfs",        "ncpfs",
+                                                      "afs",          "ceph",
+                                                      "coda",         "9p",
+                                                      "virtiofs",     "lustre",
+                                                      "beegfs",       "davfs",
+                                                      "fuse.sshfs",   "fuse.s3fs",
+                                                      "fuse.rclone",  "fuse.glusterfs",
+                                                      "fuse.davfs",   "fuse.davfs2",
+                                                      "fuse.ceph",    "fuse.curlftpfs",
+                                                      "fuse.smbnetfs"};
 
 constexpr std::array<std::string_view, 5> kMemory = {"tmpfs", "ramfs", "rootfs", "devtmpfs", "hugetlbfs"};
 
