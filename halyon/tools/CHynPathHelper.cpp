@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include <halyon/platform/BaseFunction.h>
 #include <halyon/platform/CoreFoundation.h>
@@ -21,6 +23,33 @@ using Scratch = std::unique_ptr<char16_t[]>;
 std::u16string_view ViewOf(const char16_t* path) noexcept
 {
     return path != nullptr ? std::u16string_view(path, tov_wcslen(path)) : std::u16string_view();
+}
+
+// The whole or, without memory, the empty string: half a path would name another item.
+CTovStringW Concat(std::initializer_list<std::u16string_view> parts) noexcept
+{
+    std::size_t length = 0;
+    for (const std::u16string_view part : parts)
+        length += part.size();
+    const Scratch text(new (std::nothrow) char16_t[length]);
+    if (text == nullptr)
+        return {};
+    char16_t* end = text.get();
+    for (const std::u16string_view part : parts)
+        end += part.copy(end, part.size());
+    return CTovStringW(std::u16string_view(text.get(), length));
+}
+
+// The path without a separator at its end, its last component and the separators before that.
+std::u16string_view ParentOf(const char16_t* path) noexcept
+{
+    std::u16string_view parent = ViewOf(path);
+    if (parent.size() > 1 && parent.ends_with(u'/'))
+        parent.remove_suffix(1);
+    parent = parent.substr(0, parent.rfind(u'/') + 1);
+    while (parent.size() > 1 && parent.ends_with(u'/'))
+        parent.remove_suffix(1);
+    return parent;
 }
 
 // Applies one of the portability layer's calls, which may lengthen the text by `spare` units; returns its result.
@@ -114,7 +143,7 @@ CTovStringW ExpandTildePath(const CTovStringW& path) noexcept
     LSCopyDisplayNameForRef(&root, &shown);
     const CTovStringW name = shown;
     CFRelease(shown);
-    return CTovStringW(kVolumes) + name + path;
+    return Concat({kVolumes, name, path});
 }
 
 int CHynPathHelper::RemoveBacksplash(char16_t* path) noexcept
@@ -196,18 +225,14 @@ CTovStringW CHynPathHelper::ReplaceUpLevelPath(const char16_t* path, const char1
     const std::size_t length = tov_wcslen(oldPrefix);
     if (tov_wcslen(path) < length || tov_wcsnicmp(path, oldPrefix, length) != 0)
         return {};
-    return CTovStringW(newPrefix) + (path + length);
+    return Concat({ViewOf(newPrefix), ViewOf(path + length)});
 }
 
 bool CHynPathHelper::FileInSameFolder(const char16_t* a, const char16_t* b) noexcept
 {
-    CTovStringW parents[] = {a, b};
-    for (CTovStringW& parent : parents)
-    {
-        RemoveBacksplash(parent);
-        RemoveFileSpec(parent);
-    }
-    return tov_wcscmpi(parents[0], parents[1]) == 0;
+    // Folding letter case never changes the length.
+    const std::u16string_view parents[] = {ParentOf(a), ParentOf(b)};
+    return parents[0].size() == parents[1].size() && (parents[0].empty() || tov_wcsnicmp(a, b, parents[0].size()) == 0);
 }
 
 int CHynPathHelper::IsDirectory(const char16_t* path) noexcept
@@ -262,11 +287,16 @@ int CHynPathHelper::PathInPath(const char16_t* a, const char16_t* b) noexcept
 {
     if (a == nullptr || b == nullptr)
         return PathInPath(a != nullptr ? a : u"", b != nullptr ? b : u"");
+    const bool expandsA = IsShort(a) && BeginsWithVolumes(b);
+    const bool expandsB = IsShort(b) && BeginsWithVolumes(a);
     // The startup volume's name matters only when one path has it and the other does not: before both, it changes no
     // answer, and to ask for it costs more than the comparison.
-    if ((IsShort(a) && BeginsWithVolumes(b)) || (IsShort(b) && BeginsWithVolumes(a)))
-        return Nesting(ExpandTildePath(a), ExpandTildePath(b));
-    return Nesting(a, b);
+    if (!expandsA && !expandsB)
+        return Nesting(a, b);
+    const CTovStringW whole = ExpandTildePath(expandsA ? a : b);
+    if (whole.IsEmpty()) // no memory; the empty path would contain everything
+        return 0;
+    return expandsA ? Nesting(whole, b) : Nesting(a, whole);
 }
 
 bool CHynPathHelper::IsValidScanFolder(const char16_t* path) noexcept
