@@ -41,6 +41,14 @@ LaneStep Matches(TextStep a, TextStep b) noexcept
     return ((a ^ b) & ~caseBit) == TextStep{};
 }
 
+// Two bits for each lane whose units do not match or end the text.
+std::uint32_t Stops(TextStep a, TextStep b) noexcept
+{
+    // What goes on is asked for, not what stops: one operation less than to turn each of the two round.
+    constexpr std::uint32_t kAllLanes = (1u << (2 * kStepUnits)) - 1;
+    return LaneBits(Matches(a, b) & ~LaneStep(a == TextStep{})) ^ kAllLanes;
+}
+
 // The first of `count` units that do not match; `count` when all do.
 std::size_t FirstMismatch(const char16_t* a, const char16_t* b, std::size_t count) noexcept
 {
@@ -69,14 +77,14 @@ StopInBlocks(const char16_t* a, const char16_t* b, std::size_t count) noexcept
     const std::size_t skipped = reinterpret_cast<std::uintptr_t>(a) % kStepBytes;
     const auto* x = reinterpret_cast<const TextStep*>(reinterpret_cast<std::uintptr_t>(a) - skipped);
     const auto* y = reinterpret_cast<const TextStep*>(reinterpret_cast<std::uintptr_t>(b) - skipped);
-    std::uint32_t stops = LaneBits(~Matches(*x, *y) | (*x == TextStep{})) >> skipped;
+    std::uint32_t stops = Stops(*x, *y) >> skipped;
     if (stops != 0)
         return std::min(FirstLane(stops), count);
     for (std::size_t at = kStepUnits - skipped / sizeof(char16_t); at < count; at += kStepUnits)
     {
         ++x;
         ++y;
-        stops = LaneBits(~Matches(*x, *y) | (*x == TextStep{}));
+        stops = Stops(*x, *y);
         if (stops != 0)
             return std::min(at + FirstLane(stops), count);
     }
