@@ -12,11 +12,15 @@
 // Nothing here keeps state, so every operation runs on any thread.
 #pragma once
 
+#include <deque>
+
 #include <halyon/framework/HynTypes.h>
 #include <halyon/string/CTovStringW.h>
 
 namespace Halyon
 {
+struct OpaqueWindowPtr; // Interface.h
+
 class CHynPubTools
 {
 public:
@@ -92,5 +96,15 @@ public:
     // A bundle for the folder `path`, which the caller releases with CFRelease; null when there is no such folder.
     // [any]
     [[nodiscard]] static __CFBundle* CreateBundleByPath(const char16_t* path) noexcept;
+
+    // Moves the items to the desktop's trash when `toTrash` is not 0; returns 1, deliberately also when nothing could
+    // be moved, but 0 for no paths at all. Else deletes them for good, one after the other, and stops at the first path
+    // that names nothing; returns 1 when any was deleted, else 0. A folder with content is not deleted for good, a link
+    // is acted on itself. Nobody is asked; `parent` and `reserved` are ignored. [any]
+    static int DeleteFile(const std::deque<CTovStringW>& paths, OpaqueWindowPtr* parent, int toTrash,
+                          int reserved) noexcept;
+
+    // The same for one path. 0 for null. [any]
+    static int DeleteFile(const char16_t* path, OpaqueWindowPtr* parent, int toTrash, int reserved) noexcept;
 };
 } // namespace Halyon
