@@ -97,6 +97,16 @@ public:
     // [any]
     [[nodiscard]] static __CFBundle* CreateBundleByPath(const char16_t* path) noexcept;
 
+    // Opens `documents` with an application: a program, a desktop entry or a bundle folder. A document that does not
+    // exist is left out. Returns 1 when the application was started, else 0. In the library Tools. [any]
+    static int Execute(const char16_t* application, const std::deque<CTovStringW>& documents) noexcept;
+
+    // Starts the application of a command line: its path in double quotes, one separating character, parameters. They
+    // become separate arguments at blanks, double quotes group, nothing is expanded. Returns 1 when it was started,
+    // else 0: also when there is no pair of quotes, or a part has 1024 units or more. The other arguments are ignored.
+    // In the library Tools. [any]
+    static int Execute(const char16_t* operation, char16_t* commandLine, int show, void* reserved) noexcept;
+
     // Moves the items to the desktop's trash when `toTrash` is not 0; returns 1, deliberately also when nothing could
     // be moved, but 0 for no paths at all. Else deletes them for good, one after the other, and stops at the first path
     // that names nothing; returns 1 when any was deleted, else 0. A folder with content is not deleted for good, a link
