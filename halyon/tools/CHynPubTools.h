@@ -1,4 +1,4 @@
-// Static tools for components: dates, the folders of bundles, programs and files.
+// Static tools for components: dates, the folders of bundles, programs and files, sizes.
 //
 // Not for paths as text (CHynPathHelper) and versions (CHynVersionHelper). What starts programs is in the library
 // Tools, everything else in Core.
@@ -12,15 +12,11 @@
 // Nothing here keeps state, so every operation runs on any thread.
 #pragma once
 
-#include <deque>
-
 #include <halyon/framework/HynTypes.h>
 #include <halyon/string/CTovStringW.h>
 
 namespace Halyon
 {
-struct OpaqueWindowPtr; // Interface.h
-
 class CHynPubTools
 {
 public:
@@ -97,24 +93,17 @@ public:
     // [any]
     [[nodiscard]] static __CFBundle* CreateBundleByPath(const char16_t* path) noexcept;
 
-    // Opens `documents` with an application: a program, a desktop entry or a bundle folder. A document that does not
-    // exist is left out. Returns 1 when the application was started, else 0. In the library Tools. [any]
-    static int Execute(const char16_t* application, const std::deque<CTovStringW>& documents) noexcept;
+    // ---- Sizes --------------------------------------------------------------------------------------------------
 
-    // Starts the application of a command line: its path in double quotes, one separating character, parameters. They
-    // become separate arguments at blanks, double quotes group, nothing is expanded. Returns 1 when it was started,
-    // else 0: also when there is no pair of quotes, or a part has 1024 units or more. The other arguments are ignored.
-    // In the library Tools. [any]
-    static int Execute(const char16_t* operation, char16_t* commandLine, int show, void* reserved) noexcept;
+    // Writes a number of bytes as people read it, with its terminator: whole up to 999 kilobytes, then with two
+    // decimals. Returns the unit, which is not written: 1 bytes, 2 kilobytes (rounded up), 3 megabytes, 4 gigabytes;
+    // 0 for null. The change to the next unit comes after 999 of one, so that 0.98 of a unit may be seen, deliberately.
+    // Requires: room for 16 units at `out`. [any]
+    static int GetFileSizeStr(const long long& size, char16_t* out) noexcept;
 
-    // Moves the items to the desktop's trash when `toTrash` is not 0; returns 1, deliberately also when nothing could
-    // be moved, but 0 for no paths at all. Else deletes them for good, one after the other, and stops at the first path
-    // that names nothing; returns 1 when any was deleted, else 0. A folder with content is not deleted for good, a link
-    // is acted on itself. Nobody is asked; `parent` and `reserved` are ignored. [any]
-    static int DeleteFile(const std::deque<CTovStringW>& paths, OpaqueWindowPtr* parent, int toTrash,
-                          int reserved) noexcept;
-
-    // The same for one path. 0 for null. [any]
-    static int DeleteFile(const char16_t* path, OpaqueWindowPtr* parent, int toTrash, int reserved) noexcept;
+    // Scales a size, up or down, until it touches the box from inside, and returns the scale. Returns 0.0 and changes
+    // nothing for a width or height of 0 and for null. [any]
+    static double TLFitIn(std::int32_t* width, std::int32_t* height, std::int32_t maxWidth,
+                          std::int32_t maxHeight) noexcept;
 };
 } // namespace Halyon
