@@ -1,7 +1,7 @@
-// Static tools for components: dates, the folders of bundles, programs and files, sizes.
+// Static tools for components: dates, the folders of bundles, programs and files, sizes, and the chores of the screen.
 //
-// Not for paths as text (CHynPathHelper) and versions (CHynVersionHelper). What starts programs is in the library
-// Tools, everything else in Core.
+// Not for paths as text (CHynPathHelper) and versions (CHynVersionHelper). What starts programs and what needs the
+// screen is in the library Tools, everything else in Core.
 //
 // A timestamp is a FILETIME: 1/65536 s since 1904 UTC. In a database it is a double of seconds since 2001-01-01 UTC;
 // for people it is a local calendar date. The local zone is the system's (`TovTimeZoneChanged` reads it again).
@@ -9,10 +9,10 @@
 // A bundle is a folder with `Contents/Resources` in it, and there one folder a localisation (`ja.lproj`), each with a
 // folder `UI`. Paths are absolute, without a separator at the end; whether something lies there is not asked.
 //
-// Nothing here keeps state, so every operation runs on any thread.
+// Nothing here keeps state. What is not tagged otherwise runs on any thread.
 #pragma once
 
-#include <halyon/framework/HynTypes.h>
+#include <halyon/platform/Interface.h>
 #include <halyon/string/CTovStringW.h>
 
 namespace Halyon
@@ -105,5 +105,34 @@ public:
     // nothing for a width or height of 0 and for null. [any]
     static double TLFitIn(std::int32_t* width, std::int32_t* height, std::int32_t maxWidth,
                           std::int32_t maxHeight) noexcept;
+
+    // ---- The screen: in the library Tools, with the rest of what needs a display ------------------------------------
+
+    // The black pixels of a picture as a region; the caller disposes of it (DisposeRgn). Null when there is no such
+    // file or no picture in it (GraphicsImportDraw says which). [any]
+    static RgnHandle CreateRgnFromFile(const char16_t* path) noexcept;
+
+    // Each of these returns 1, or 0 for a null argument and for a window that is not there; the outputs are untouched
+    // then. Positions are in pixels of the desktop, 16 bits wide.
+
+    // The pointer's position, as far as the window system tells it. [main]
+    static int GetCursorPos(POINT* point) noexcept;
+
+    // Moves the pointer, if the window system lets a program do so; returns 1 when it does not, too. [main]
+    static int SetCursorPos(POINT* point) noexcept;
+
+    // The window with its frame, and without. Both are on the desktop, deliberately: the second does not start at
+    // (0, 0). [main]
+    static int GetWindowRect(OpaqueWindowPtr* window, SRect32* rect) noexcept;
+    static int GetClientRect(OpaqueWindowPtr* window, SRect32* rect) noexcept;
+
+    // Between points of the desktop and points that count from the corner of the window's frame, deliberately: not
+    // from the corner that GetClientRect gives. [main]
+    static int ScreenToClient(OpaqueWindowPtr* window, POINT* point) noexcept;
+    static int ClientToScreen(OpaqueWindowPtr* window, POINT* point) noexcept;
+
+    // 1 when the point lies in the rectangle, whose right and bottom edges are outside, else 0. Of every number the low
+    // 16 bits count. [any]
+    static int PtInRect(SRect32* rect, POINT point) noexcept;
 };
 } // namespace Halyon

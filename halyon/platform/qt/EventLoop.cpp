@@ -13,6 +13,8 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include "Application.h"
+
 namespace Halyon
 {
 struct OpaqueEventLoop
@@ -107,6 +109,10 @@ std::chrono::milliseconds Milliseconds(EventTimerInterval seconds)
 
 void RunApplicationEventLoop()
 {
+    // A program with the screen's tools needs the application object that they need, or they could not work in its
+    // loop.
+    if (MakeScreenApplication != nullptr)
+        MakeScreenApplication();
     if (QCoreApplication::instance() != nullptr)
     {
         Execute();
