@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include <fcntl.h>
 #include <grp.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,12 +16,21 @@ namespace HalyonTest
 {
 namespace
 {
-std::array<int, 2> Pipe()
+// A file in memory with `content`, to be read or written from its start.
+int MemoryFile(const std::string& content = {})
 {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0)
-        throw std::runtime_error("no pipe");
-    return ends;
+    const int descriptor = memfd_create("stream", MFD_CLOEXEC);
+    if (pwrite(descriptor, content.data(), content.size(), 0) != static_cast<ssize_t>(content.size()))
+        throw std::runtime_error("no file in memory");
+    return descriptor;
+}
+
+std::string ContentOf(int descriptor)
+{
+    std::string text(static_cast<std::size_t>(lseek(descriptor, 0, SEEK_END)), '\0');
+    if (pread(descriptor, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
+        throw std::runtime_error("the file in memory cannot be read");
+    return text;
 }
 
 [[noreturn]] void Execute(const std::vector<std::string>& arguments, const HostOptions& options)
@@ -37,29 +46,6 @@ std::array<int, 2> Pipe()
     execv(HYNHOST, words.data());
     _exit(126);
 }
-
-// The input fits a pipe, so writing it never waits for the program.
-void Feed(int descriptor, const std::string& input)
-{
-    if (write(descriptor, input.data(), input.size()) != static_cast<ssize_t>(input.size()))
-        throw std::runtime_error("the input is not taken");
-    close(descriptor);
-}
-
-// False at the end; a terminal whose program has ended answers with an error.
-bool ReadSome(int& descriptor, std::string& text)
-{
-    std::array<char, 65536> buffer{};
-    const ssize_t count = read(descriptor, buffer.data(), buffer.size());
-    if (count > 0)
-    {
-        text.append(buffer.data(), static_cast<std::size_t>(count));
-        return true;
-    }
-    close(descriptor);
-    descriptor = -1;
-    return false;
-}
 } // namespace
 
 HostProcess::HostProcess(const std::vector<std::string>& arguments, const HostOptions& options)
@@ -67,27 +53,19 @@ HostProcess::HostProcess(const std::vector<std::string>& arguments, const HostOp
     if (options.terminalColumns)
     {
         const winsize size{24, *options.terminalColumns, 0, 0};
-        m_pid = forkpty(&m_out, nullptr, nullptr, &size);
+        m_pid = forkpty(&m_terminal, nullptr, nullptr, &size);
         if (m_pid == 0)
             Execute(arguments, options);
         return;
     }
-    const auto input = Pipe();
-    const auto out = Pipe();
-    const auto err = Pipe();
+    m_streams = {MemoryFile(options.input), MemoryFile(), MemoryFile()};
     m_pid = fork();
     if (m_pid == 0)
     {
-        dup2(input[0], STDIN_FILENO);
-        dup2(out[1], STDOUT_FILENO);
-        dup2(err[1], STDERR_FILENO);
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            dup2(m_streams[static_cast<std::size_t>(stream)], stream);
         Execute(arguments, options);
     }
-    for (const int end : {input[0], out[1], err[1]})
-        close(end);
-    m_out = out[0];
-    m_err = err[0];
-    Feed(input[1], options.input);
 }
 
 HostProcess::~HostProcess()
@@ -97,30 +75,28 @@ HostProcess::~HostProcess()
         kill(m_pid, SIGKILL);
         waitpid(m_pid, nullptr, 0);
     }
-    for (const int descriptor : {m_out, m_err})
-    {
-        if (descriptor >= 0)
-            close(descriptor);
-    }
+    close(m_terminal);
+    for (const int stream : m_streams)
+        close(stream);
 }
 
-bool HostProcess::Read()
+bool HostProcess::ReadTerminal()
 {
-    std::array<pollfd, 2> wait{{{m_out, POLLIN, 0}, {m_err, POLLIN, 0}}}; // a negative descriptor is passed over
-    if ((m_out < 0 && m_err < 0) || poll(wait.data(), wait.size(), -1) <= 0)
-        return false;
-    if (wait[0].revents != 0)
-        ReadSome(m_out, m_outcome.out);
-    if (wait[1].revents != 0)
-        ReadSome(m_err, m_outcome.err);
-    return true;
+    // A read that sleeps can miss what is written right before the end; one behind a poll finds it.
+    pollfd ready{m_terminal, POLLIN, 0};
+    poll(&ready, 1, -1);
+    std::array<char, 65536> buffer{};
+    const ssize_t count = read(m_terminal, buffer.data(), buffer.size());
+    if (count > 0)
+        m_outcome.out.append(buffer.data(), static_cast<std::size_t>(count));
+    return count > 0;
 }
 
 bool HostProcess::WaitFor(std::string_view text)
 {
     while (m_outcome.out.find(text) == std::string::npos)
     {
-        if (!Read())
+        if (!ReadTerminal())
             return false;
     }
     return true;
@@ -128,19 +104,24 @@ bool HostProcess::WaitFor(std::string_view text)
 
 void HostProcess::Type(std::string_view keys) const
 {
-    if (write(m_out, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
+    if (write(m_terminal, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
         throw std::runtime_error("the terminal takes no keys");
 }
 
 HostOutcome HostProcess::Finish()
 {
-    while (Read())
+    while (m_terminal >= 0 && ReadTerminal())
     {
     }
     int status = 0;
     waitpid(m_pid, &status, 0);
     m_pid = -1;
     m_outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    if (m_terminal < 0)
+    {
+        m_outcome.out = ContentOf(m_streams[STDOUT_FILENO]);
+        m_outcome.err = ContentOf(m_streams[STDERR_FILENO]);
+    }
     return m_outcome;
 }
 

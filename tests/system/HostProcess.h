@@ -1,6 +1,7 @@
 // `hynhost` as a user runs it: a process of its own, with its output caught, or on a terminal.
 #pragma once
 
+#include <array>
 #include <map>
 #include <optional>
 #include <string>
@@ -15,7 +16,7 @@ struct HostOptions
 {
     std::map<std::string, std::string> environment = {}; // added to this process's own
     std::string input = {};                              // on standard input
-    std::optional<unsigned short> terminalColumns = {};  // on a terminal of this width, else on pipes
+    std::optional<unsigned short> terminalColumns = {};  // on a terminal of this width, else in files
     std::optional<uid_t> user = {};                      // only root can be another
 };
 
@@ -34,20 +35,19 @@ public:
     HostProcess(const HostProcess&) = delete;
     HostProcess& operator=(const HostProcess&) = delete;
 
-    // Reads until standard output shows `text`; false when the program ended without.
+    // On a terminal: reads until it shows `text`; false when the program ended without. Types on it.
     bool WaitFor(std::string_view text);
-    // Types on the terminal.
     void Type(std::string_view keys) const;
-    // Reads the rest and waits for the end.
+    // Waits for the end and takes all that was written.
     HostOutcome Finish();
 
 private:
-    // Reads what has come, waiting for some; false at the end of both.
-    bool Read();
+    // Reads what has come, waiting for some; false at the end.
+    bool ReadTerminal();
 
     pid_t m_pid = -1;
-    int m_out = -1; // also the terminal
-    int m_err = -1;
+    int m_terminal = -1;
+    std::array<int, 3> m_streams{-1, -1, -1}; // files in memory, by the program's own numbers
     HostOutcome m_outcome;
 };
 
