@@ -90,7 +90,7 @@ TEST(Format, IntegersReadAsTheCLibrarysDo)
 TEST(Format, DoublesReadAsTheCLibrarysDo)
 {
     const double values[] = {0.0,       -0.0, 1.0,   -1.5,    0.1,          2.5,      99999.5,   1e-4,
-                             9.9999e-5, 1e22, 1e300, DBL_MAX, DBL_TRUE_MIN, INFINITY, -INFINITY, NAN};
+                             9.9999e-5, 1e22, 1e300, DBL_MAX, DBL_TRUE_MIN, HUGE_VAL, -HUGE_VAL, std::nan("")};
     for (const char letter : {'f', 'F', 'e', 'E', 'g', 'G'})
     {
         for (const std::string& directive : Directives(letter, {"", ".", ".1", ".3", ".17", ".1100"}))
