@@ -1,5 +1,6 @@
 // Threads and events beside what one would pick instead: one table, ratios to the textbook queue in the same run.
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdio>
 #include <malloc.h>
@@ -174,6 +175,15 @@ Turn BareRoundTrip(std::uint32_t trips)
 }
 } // namespace
 
+namespace
+{
+bool IsWanted(const std::string& name, const std::vector<std::string>& only)
+{
+    return only.empty() ||
+           std::any_of(only.begin(), only.end(), [&](const std::string& text) { return name.find(text) != name.npos; });
+}
+} // namespace
+
 namespace Bench
 {
 std::vector<NamedChannel> Channels()
@@ -189,8 +199,10 @@ try
 {
     int rounds = 11;
     std::string json;
+    std::vector<std::string> only;
     CLI::App options("Events between threads");
     options.add_option("--rounds", rounds, "Timed rounds; the medians are reported")->check(CLI::PositiveNumber);
+    options.add_option("--only", only, "Only contenders whose name holds one of these texts, and the reference");
     options.add_option("--json", json, "Also write the results to this file");
     CLI11_PARSE(options, argc, argv);
     const QCoreApplication application(argc, argv);
@@ -203,6 +215,8 @@ try
     pingPong.turns.push_back(BareRoundTrip(kTrips));
     for (const NamedChannel& channel : Channels())
     {
+        if (!one.turns.empty() && !IsWanted(channel.name, only))
+            continue;
         one.turns.push_back(Producers(channel, 1, kEvents));
         four.turns.push_back(Producers(channel, 4, kEvents));
     }

@@ -28,16 +28,17 @@ private:
 };
 
 // Holds a lock from construction to the end of the scope, however the scope ends.
+template <class TLock>
 class CHynAutoLock
 {
 public:
-    explicit CHynAutoLock(CHynLock& lock) noexcept : m_lock(lock) { m_lock.Lock(); }
+    explicit CHynAutoLock(TLock& lock) noexcept : m_lock(lock) { m_lock.Lock(); }
     ~CHynAutoLock() { m_lock.Unlock(); }
     CHynAutoLock(const CHynAutoLock&) = delete;
     CHynAutoLock& operator=(const CHynAutoLock&) = delete;
 
 private:
-    CHynLock& m_lock;
+    TLock& m_lock;
 };
 
 static_assert(sizeof(CHynLock) == sizeof(TovCriticalSection));

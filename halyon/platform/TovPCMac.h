@@ -114,6 +114,13 @@ int TovSetThreadPriority(TovThreadRef thread, int nPriority) noexcept;
 // memory to ask for their notice when it loaded this code. [any]
 [[nodiscard]] std::uint32_t TovGetForkCount() noexcept;
 
+// Makes every thread of the process pass a full memory fence before it returns, so that the others need none of their
+// own. What they save, this call costs: microseconds. Does nothing where TovCanFenceThreads is false. [any]
+void TovFenceThreads() noexcept;
+
+// Whether TovFenceThreads reaches other threads here; the answer never changes. [any]
+[[nodiscard]] bool TovCanFenceThreads() noexcept;
+
 // Puts the calling thread to sleep; never returns early. [any]
 void TovSleep(std::uint32_t uMilliseconds) noexcept;
 void TovUSleep(std::uint32_t uMicroseconds) noexcept;

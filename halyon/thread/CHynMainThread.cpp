@@ -30,6 +30,8 @@ HynResult CHynMainThread::Start(IHynThreadManager* /*pManager*/, int* /*pStarted
 {
     if (m_timer != nullptr)
         return HYN_S_OK;
+    if (GetCurrentTovThreadID() == m_uThreadID)
+        m_queue.Adopt();
     InstallEventLoopTimer(GetMainEventLoop(), kFirstTickSeconds, kTickSeconds, TimerProc, this, &m_timer);
     MPCreateQueue(&m_notifications);
     return HYN_S_OK;

@@ -97,6 +97,7 @@ std::uint32_t CHynThread::ThreadProc(void* pThread)
 
 HynResult CHynThread::Run()
 {
+    m_queue.Adopt();
     InitThread();
     while (CheckExitFlag() == 0)
     {
@@ -110,6 +111,7 @@ HynResult CHynThread::Run()
         Drain();
     }
     ExitThread();
+    m_queue.Disown();
     return HYN_S_OK;
 }
 
@@ -136,11 +138,7 @@ HynResult CHynThread::Stop()
         m_spManager->UnRegisterThread(this);
         m_spManager = nullptr;
     }
-    {
-        // A post that was let in before the flag is through by now, and is dropped with the others.
-        const CHynAutoLock lock(m_lock);
-        m_queue.ClearQueue();
-    }
+    m_queue.ClearQueue();
     CloseHandles();
     TovCloseThreadRef(m_body.exchange(0));
     m_uThreadID = 0;
@@ -184,11 +182,8 @@ HynResult CHynThread::PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, s
 HynResult CHynThread::PostEventEx(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
                                   IHynEventParam* pParam, void* pReceiver, int bFront)
 {
-    HynEventInfo info{dwEventID, pReceiver, uParam, lParam, pParam}; // a refused record goes after the lock
-    const CHynAutoLock lock(m_lock);
-    if (CheckExitFlag() != 0)
+    if (m_queue.InsertEventUnless(m_nExit, {dwEventID, pReceiver, uParam, lParam, pParam}, bFront) < 0)
         return HYN_E_THREADNOTRUNNING;
-    m_queue.InsertEvent(std::move(info), bFront);
     // One signal wakes the thread for everything that is posted until it sleeps again.
     if (m_nMayBeAsleep.load() != 0 && m_nMayBeAsleep.exchange(0) != 0)
         TovSetEvent(m_event);

@@ -3,9 +3,9 @@
 // Derive from it to run code of one's own at the start and the end of the thread (InitThread, ExitThread). Hosts take
 // CHynWorkerThread, which is ready-made.
 //
-// Locks: `m_lock` makes the test for running and the insertion of an event one step with respect to Start. Order:
-// m_lock before the manager's lock (Start registers), m_lock before the queue's list locks (PostEvent inserts).
-// Handlers run under the queue's observer lock only.
+// Locks: `m_lock` is held by Start; order: m_lock before the manager's lock (Start registers). A post takes the lock of
+// the queue's producers alone: the test for running and the insertion are one step under it. Handlers run under the
+// queue's observer lock only.
 //
 // Lifetime: the last reference is not given back on the thread itself. The manager's table holds one while it runs.
 #pragma once

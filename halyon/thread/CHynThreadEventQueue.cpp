@@ -28,16 +28,30 @@ int CHynThreadEventQueue::InsertEvent(const HynEventInfo& info, int bFront)
 
 int CHynThreadEventQueue::InsertEvent(HynEventInfo&& info, int bFront)
 {
-    if (bFront == 0)
+    static constexpr std::atomic<std::int32_t> kNeverClosed{0};
+    return InsertEventUnless(kNeverClosed, std::move(info), bFront);
+}
+
+int CHynThreadEventQueue::InsertEventUnless(const std::atomic<std::int32_t>& nClosed, HynEventInfo&& info, int bFront)
+{
+    if (bFront != 0)
     {
+        const CHynAutoLock consumer(m_taken.lock);
         const CHynAutoLock producers(m_incoming.lock);
-        if (!HasRoom() || !m_incoming.list.PushBack(std::move(info)))
-            return 0;
-        --m_incoming.nRoom;
-        return 1;
+        return nClosed.load(std::memory_order_acquire) != 0 ? -1 : InsertFront(std::move(info));
     }
-    const CHynAutoLock consumer(m_taken.lock);
     const CHynAutoLock producers(m_incoming.lock);
+    if (nClosed.load(std::memory_order_acquire) != 0)
+        return -1;
+    if (!HasRoom() || !m_incoming.list.PushBack(std::move(info)))
+        return 0;
+    --m_incoming.nRoom;
+    return 1;
+}
+
+// Requires: both locks of the list.
+int CHynThreadEventQueue::InsertFront(HynEventInfo&& info)
+{
     if (!HasRoom() || !m_taken.list.PushFront(std::move(info)))
         return 0;
     --m_incoming.nRoom;
@@ -48,7 +62,7 @@ int CHynThreadEventQueue::InsertEvent(HynEventInfo&& info, int bFront)
 template <class Predicate>
 void CHynThreadEventQueue::Drop(Predicate predicate)
 {
-    HynEventChunks dropped; // destroyed after the locks are given back
+    HynEventChunks dropped(m_pool); // destroyed after the locks are given back
     const CHynAutoLock consumer(m_taken.lock);
     const CHynAutoLock producers(m_incoming.lock);
     m_taken.list.Remove(predicate, dropped);
@@ -58,8 +72,8 @@ void CHynThreadEventQueue::Drop(Predicate predicate)
 
 void CHynThreadEventQueue::ClearQueue()
 {
-    HynEventChunks taken; // destroyed after the locks are given back
-    HynEventChunks incoming;
+    HynEventChunks taken(m_pool); // destroyed after the locks are given back
+    HynEventChunks incoming(m_pool);
     const CHynAutoLock consumer(m_taken.lock);
     const CHynAutoLock producers(m_incoming.lock);
     taken.Swap(m_taken.list);
@@ -76,7 +90,19 @@ std::uint32_t CHynThreadEventQueue::RemoveEvents(const std::uint32_t* pIDs, std:
     return static_cast<std::uint32_t>(HYN_S_OK);
 }
 
-bool CHynThreadEventQueue::IsEmpty() const noexcept
+void CHynThreadEventQueue::Adopt() noexcept
+{
+    m_observerLock.Adopt();
+    m_taken.lock.Adopt();
+}
+
+void CHynThreadEventQueue::Disown() noexcept
+{
+    m_taken.lock.Disown();
+    m_observerLock.Disown();
+}
+
+bool CHynThreadEventQueue::IsEmpty() noexcept
 {
     const CHynAutoLock consumer(m_taken.lock);
     const CHynAutoLock producers(m_incoming.lock);

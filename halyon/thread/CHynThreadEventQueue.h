@@ -2,6 +2,8 @@
 //
 // Thread objects own one each; hosts meet it through them. Any thread inserts; only the owning thread takes.
 //
+// Both locks of the owning thread's side cost it next to nothing (HynBiasedLock) once it has adopted the queue.
+//
 // Locks, in this order where two are held: `m_observerLock`, held across every handler of a dispatch; `m_takeLock`, the
 // consumer's end of the list; `m_listLock`, the producers' end. A dispatch holds the first alone. Parameters are
 // released with none of the list's locks held, so that their destructors may post.
@@ -11,7 +13,7 @@
 #include <map>
 #include <vector>
 
-#include <halyon/framework/HynLock.h>
+#include <halyon/thread/HynBiasedLock.h>
 #include <halyon/thread/HynEventChunks.h>
 #include <halyon/thread/IHynEventHandler.h>
 
@@ -33,6 +35,11 @@ public:
     // The same; the queue takes the parameter's reference over when it returns 1. [any]
     int InsertEvent(HynEventInfo&& info, int bFront);
 
+    // The same, but returns -1 when `nClosed` is not 0. The look and the insertion are one step with respect to every
+    // operation that takes events away: what is let in before `nClosed` is set is there for a ClearQueue after it.
+    // [any]
+    int InsertEventUnless(const std::atomic<std::int32_t>& nClosed, HynEventInfo&& info, int bFront);
+
     // Drops everything pending. [any]
     void ClearQueue();
 
@@ -43,7 +50,15 @@ public:
     int ProcessNext();
 
     // Whether nothing is pending. [any]
-    [[nodiscard]] bool IsEmpty() const noexcept;
+    [[nodiscard]] bool IsEmpty() noexcept;
+
+    // Makes the calling thread the owning one, for which taking and dispatching is cheap. Without an owner, and on
+    // other threads, they work alike but cost more. Requires: no dispatch runs on the calling thread, and the owning
+    // thread before it never uses the queue again. [any]
+    void Adopt() noexcept;
+
+    // The owning thread's last word. Requires: no dispatch runs. [owner]
+    void Disown() noexcept;
 
     // Calls the handlers of `dwEventID` that are registered with `pReceiver`, in the order of their registration, until
     // one returns HYN_S_EVENT_HANDLED. Handlers registered meanwhile are not called, handlers unregistered meanwhile no
@@ -78,28 +93,34 @@ private:
     void KeepUntilDispatchEnds(CHynAutoPtr<IHynEventHandler> spHandler) noexcept;
     void EndDispatch();
     bool HasRoom() noexcept;
+    int InsertFront(HynEventInfo&& info);
 
     // Each group of fields is used by another side, so each has cache lines of its own.
     struct alignas(64) ProducersEnd
     {
-        mutable CHynLock lock;
+        explicit ProducersEnd(HynEventChunkPool& pool) noexcept : list(pool) {}
+
+        CHynLock lock;
         HynEventChunks list;    // guarded by lock
         std::int32_t nRoom = 0; // guarded by lock: insertions that fit for certain
     };
     struct alignas(64) ConsumersEnd
     {
-        mutable CHynLock lock;
+        explicit ConsumersEnd(HynEventChunkPool& pool) noexcept : list(pool) {}
+
+        HynBiasedLock lock;
         HynEventChunks list;               // guarded by lock; in front of the producers' list
         std::atomic<std::int32_t> nSize{}; // of the list; written under lock, read by producers that are out of room
     };
 
     const std::int32_t m_nCapacity;
-    CHynLock m_observerLock;
+    HynBiasedLock m_observerLock;
     int m_nDispatchDepth = 0;                             // guarded by m_observerLock
     bool m_bSweep = false;                                // guarded by m_observerLock: removed during a dispatch
     std::map<std::uint32_t, ObserverList> m_observers;    // guarded by m_observerLock
     std::vector<CHynAutoPtr<IHynEventHandler>> m_removed; // guarded by m_observerLock; released after the dispatch
-    ProducersEnd m_incoming;
-    ConsumersEnd m_taken;
+    HynEventChunkPool m_pool;
+    ProducersEnd m_incoming{m_pool};
+    ConsumersEnd m_taken{m_pool};
 };
 } // namespace Halyon

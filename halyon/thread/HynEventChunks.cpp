@@ -1,10 +1,41 @@
 #include <halyon/thread/HynEventChunks.h>
 
-#include <new>
 #include <utility>
 
 namespace Halyon
 {
+HynEventChunkPool::~HynEventChunkPool()
+{
+    for (std::atomic<Chunk*>& spare : m_spares)
+        delete spare.load(std::memory_order_relaxed);
+}
+
+// A chunk to be filled, or null without memory.
+HynEventChunkPool::Chunk* HynEventChunkPool::Take() noexcept
+{
+    for (std::atomic<Chunk*>& spare : m_spares)
+    {
+        if (spare.load(std::memory_order_relaxed) == nullptr)
+            continue;
+        if (Chunk* chunk = spare.exchange(nullptr, std::memory_order_acquire))
+            return chunk;
+    }
+    // Default-initialised: the records' room is left as it is.
+    return new (std::nothrow) Chunk;
+}
+
+void HynEventChunkPool::Give(Chunk* pChunk) noexcept
+{
+    for (std::atomic<Chunk*>& spare : m_spares)
+    {
+        Chunk* none = nullptr;
+        if (spare.load(std::memory_order_relaxed) == nullptr &&
+            spare.compare_exchange_strong(none, pChunk, std::memory_order_release, std::memory_order_relaxed))
+            return;
+    }
+    delete pChunk;
+}
+
 HynEventChunks::~HynEventChunks()
 {
     Truncate({m_pHead, m_uHeadIndex}, 0);
@@ -14,7 +45,7 @@ bool HynEventChunks::PushBack(HynEventInfo&& info) noexcept
 {
     if (m_pTail == nullptr || m_uTailEnd == kRecords)
     {
-        Chunk* chunk = TakeChunk();
+        Chunk* chunk = m_pool.Take();
         if (chunk == nullptr)
             return false;
         chunk->pNext = nullptr;
@@ -36,7 +67,7 @@ bool HynEventChunks::PushFront(HynEventInfo&& info) noexcept
 {
     if (m_pHead == nullptr || m_uHeadIndex == 0)
     {
-        Chunk* chunk = TakeChunk();
+        Chunk* chunk = m_pool.Take();
         if (chunk == nullptr)
             return false;
         chunk->pNext = m_pHead;
@@ -63,7 +94,7 @@ HynEventInfo HynEventChunks::PopFront() noexcept
     --m_nSize;
     if (m_nSize == 0)
     {
-        GiveChunk(std::exchange(m_pHead, nullptr));
+        m_pool.Give(std::exchange(m_pHead, nullptr));
         m_pTail = nullptr;
     }
     else if (m_uHeadIndex == kRecords)
@@ -72,7 +103,7 @@ HynEventInfo HynEventChunks::PopFront() noexcept
         m_pHead = drained->pNext;
         m_pHead->pPrevious = nullptr;
         m_uHeadIndex = 0;
-        GiveChunk(drained);
+        m_pool.Give(drained);
     }
     return info;
 }
@@ -84,20 +115,6 @@ void HynEventChunks::Swap(HynEventChunks& other) noexcept
     std::swap(m_uHeadIndex, other.m_uHeadIndex);
     std::swap(m_uTailEnd, other.m_uTailEnd);
     std::swap(m_nSize, other.m_nSize);
-    m_spSpare.swap(other.m_spSpare);
-}
-
-HynEventChunks::Chunk* HynEventChunks::TakeChunk() noexcept
-{
-    if (m_spSpare != nullptr)
-        return m_spSpare.release();
-    // Default-initialised: the records' room is left as it is.
-    return new (std::nothrow) Chunk;
-}
-
-void HynEventChunks::GiveChunk(Chunk* pChunk) noexcept
-{
-    m_spSpare.reset(pChunk);
 }
 
 // Destroys the records from `end` on, so that `nSize` are left, and gives their chunks back.
@@ -118,7 +135,7 @@ void HynEventChunks::Truncate(Position end, std::int32_t nSize) noexcept
     {
         Chunk* drained = m_pTail;
         m_pTail = drained->pPrevious;
-        GiveChunk(drained);
+        m_pool.Give(drained);
     }
     if (last == nullptr)
     {

@@ -1,20 +1,57 @@
 // The list of records behind an event queue: first in, first out, with insertion in front.
 //
-// Records lie in chunks of a page, 32 bytes each, so a pending event costs next to nothing more than itself; one empty
-// chunk is kept for the next record, the others are given back. Not protected: the queue's locks do that.
+// Records lie in chunks, 32 bytes each, so a pending event costs next to nothing more than itself. Chunks that have
+// drained go to a pool, from where the lists of the same queue take them again: in steady state nothing is allocated.
+// The lists are not protected, the queue's locks do that; the pool may be used by any thread.
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <cstddef>
-#include <memory>
+#include <new>
 
 #include <halyon/thread/HynEventInfo.h>
 
 namespace Halyon
 {
+// A few empty chunks; what does not fit is given back to the heap.
+class HynEventChunkPool
+{
+public:
+    HynEventChunkPool() noexcept = default;
+    HynEventChunkPool(const HynEventChunkPool&) = delete;
+    HynEventChunkPool& operator=(const HynEventChunkPool&) = delete;
+    ~HynEventChunkPool();
+
+private:
+    friend class HynEventChunks;
+
+    // Below 1000 bytes the heap serves a chunk from its small blocks; above, each one makes it tidy up first.
+    static constexpr std::uint32_t kRecords = 30;
+
+    struct Chunk
+    {
+        Chunk* pNext;
+        Chunk* pPrevious;
+        alignas(HynEventInfo) std::byte records[kRecords * sizeof(HynEventInfo)];
+
+        HynEventInfo* At(std::uint32_t index) noexcept
+        {
+            return std::launder(reinterpret_cast<HynEventInfo*>(records) + index);
+        }
+    };
+
+    Chunk* Take() noexcept;
+    void Give(Chunk* pChunk) noexcept;
+
+    std::array<std::atomic<Chunk*>, 8> m_spares{};
+};
+
 class HynEventChunks
 {
 public:
-    HynEventChunks() noexcept = default;
+    // The pool outlives the list.
+    explicit HynEventChunks(HynEventChunkPool& pool) noexcept : m_pool(pool) {}
     HynEventChunks(const HynEventChunks&) = delete;
     HynEventChunks& operator=(const HynEventChunks&) = delete;
     ~HynEventChunks();
@@ -33,22 +70,12 @@ public:
     template <class Predicate>
     void Remove(Predicate predicate, HynEventChunks& removed) noexcept;
 
+    // Requires: both use the same pool.
     void Swap(HynEventChunks& other) noexcept;
 
 private:
-    static constexpr std::uint32_t kRecords = (4096 - 2 * sizeof(void*)) / sizeof(HynEventInfo);
-
-    struct Chunk
-    {
-        Chunk* pNext;
-        Chunk* pPrevious;
-        alignas(HynEventInfo) std::byte records[kRecords * sizeof(HynEventInfo)];
-
-        HynEventInfo* At(std::uint32_t index) noexcept
-        {
-            return std::launder(reinterpret_cast<HynEventInfo*>(records) + index);
-        }
-    };
+    static constexpr std::uint32_t kRecords = HynEventChunkPool::kRecords;
+    using Chunk = HynEventChunkPool::Chunk;
 
     struct Position
     {
@@ -63,16 +90,14 @@ private:
         }
     };
 
-    Chunk* TakeChunk() noexcept;
-    void GiveChunk(Chunk* pChunk) noexcept;
     void Truncate(Position end, std::int32_t nSize) noexcept;
 
+    HynEventChunkPool& m_pool;
     Chunk* m_pHead = nullptr;
     Chunk* m_pTail = nullptr;
     std::uint32_t m_uHeadIndex = 0; // of the first record in the head
     std::uint32_t m_uTailEnd = 0;   // one past the last record in the tail
     std::int32_t m_nSize = 0;
-    std::unique_ptr<Chunk> m_spSpare;
 };
 
 template <class Predicate>

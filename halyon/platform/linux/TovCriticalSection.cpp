@@ -27,15 +27,8 @@ bool IsAlone() noexcept
 [[gnu::noinline]] void EnterContended(std::uint32_t* word, std::uint32_t self) noexcept
 {
     const std::atomic_ref owner(*word);
-    // A short look before sleeping: most sections are left within it.
-    for (int spin = 0; spin < 100; ++spin)
-    {
-        std::uint32_t seen = owner.load(std::memory_order_relaxed);
-        if (seen == 0 && owner.compare_exchange_weak(seen, self, std::memory_order_acquire, std::memory_order_relaxed))
-            return;
-        if ((seen & kHasWaiters) != 0)
-            break;
-    }
+    // No look before sleeping: a thread that waits at once leaves the section to the one that is in, which then runs on
+    // with the section's memory to itself.
     const Deadline never(kTovForever);
     for (;;)
     {
