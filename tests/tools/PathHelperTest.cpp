@@ -21,41 +21,35 @@ using HalyonTest::TempFolder;
 using HalyonTest::U8;
 namespace fs = std::filesystem;
 
-TEST(PathHelper, StringsChangeInPlaceAndEmptyOnesStayEmpty)
+TEST(PathHelper, StringsChangeAloneAndEmptyOnesStayEmpty)
 {
-    // text, one separator less, one at the end, without its last component
-    const std::tuple<const char16_t*, const char*, const char*, const char*> cases[] = {
-        {u"/a/b", "/a/b", "/a/b/", "/a 1"}, {u"/a/", "/a", "/a/", "/a 1"}, {u"/", "/", "/", "/ 0"},
-        {u"abc", "abc", "abc/", " 1"},      {u"", "", "", " 0"},
-    };
-    for (const auto& [text, removed, added, parent] : cases)
-    {
-        const CTovStringW shared = text;
-        CTovStringW changed = shared;
-        CHynPathHelper::RemoveBacksplash(changed);
-        EXPECT_EQ(U8(changed), removed);
-        changed = shared;
-        CHynPathHelper::AddBackslash(changed);
-        EXPECT_EQ(U8(changed), added);
-        changed = shared;
-        const int result = CHynPathHelper::RemoveFileSpec(changed);
-        EXPECT_EQ(U8(changed) + " " + std::to_string(result), parent);
-        EXPECT_EQ(U8(shared), U8(text)) << "the other string with the same text";
-    }
+    const CTovStringW before = u"/a/b";
+    CTovStringW path = before;
+    CHynPathHelper::AddBackslash(path);
+    EXPECT_EQ(U8(path), "/a/b/");
+    CHynPathHelper::RemoveBacksplash(path);
+    EXPECT_EQ(U8(path), "/a/b");
+    path = before;
+    EXPECT_EQ(CHynPathHelper::RemoveFileSpec(path), 1);
+    EXPECT_EQ(U8(path), "/a");
+    EXPECT_EQ(U8(before), "/a/b") << "shared the text";
+    EXPECT_EQ(CHynPathHelper::CommonPrefix(before, u"/a/c", path), 2);
+    EXPECT_EQ(CHynPathHelper::CommonPrefix(u"a", u"b", path), 0);
+    EXPECT_EQ(U8(path), "");
+    CHynPathHelper::AddBackslash(path);
+    CHynPathHelper::RemoveBacksplash(path);
+    EXPECT_EQ(CHynPathHelper::RemoveFileSpec(path), 0);
+    EXPECT_EQ(U8(path), "");
 }
 
-TEST(PathHelper, PartsOfAPath)
+TEST(PathHelper, AFolderHasItsOwnName)
 {
-    // path, name, extension
-    const std::tuple<const char16_t*, const char*, const char*> cases[] = {
-        {u"/a/b.c", "b.c", ".c"}, {u"/a/b/", "b", ""}, {u"/a/b.d/", "b.d", ""}, {u"b", "b", ""},
-        {u"/", "", ""},           {u"", "", ""},       {u"/a//", "", ""},       {nullptr, "", ""},
+    const std::pair<const char16_t*, const char*> cases[] = {
+        {u"/a/b.c", "b.c"}, {u"/a/b/", "b"}, {u"b", "b"}, {u"/", ""}, {u"", ""}, {u"/a//", ""}, {nullptr, ""},
     };
-    for (const auto& [path, name, extension] : cases)
-    {
+    for (const auto& [path, name] : cases)
         EXPECT_EQ(U8(CHynPathHelper::FindFileName(path)), name) << U8(path);
-        EXPECT_EQ(U8(CHynPathHelper::FindExtension(path)), extension) << U8(path);
-    }
+    EXPECT_EQ(U8(CHynPathHelper::FindExtension(u"/a.b/c.d")), ".d");
 }
 
 TEST(PathHelper, MakeFullPathTakesPathsOfAnyLength)
@@ -91,24 +85,13 @@ TEST(PathHelper, SameFolderMeansTheSameParent)
         EXPECT_EQ(CHynPathHelper::FileInSameFolder(a, b), same) << U8(a) << " and " << U8(b);
 }
 
-TEST(PathHelper, CommonPrefixReplacesTheString)
-{
-    CTovStringW out = u"before";
-    EXPECT_EQ(CHynPathHelper::CommonPrefix(u"/a/b", u"/a/c", out), 2);
-    EXPECT_EQ(U8(out), "/a");
-    EXPECT_EQ(CHynPathHelper::CommonPrefix(u"a", u"b", out), 0);
-    EXPECT_EQ(U8(out), "");
-}
-
 TEST(PathHelper, FoldersNestByWholeComponentsWhateverTheirCase)
 {
     const std::tuple<const char16_t*, const char16_t*, int> cases[] = {
         {u"/a/b", u"/a/b/c", 1},
         {u"/a/B/", u"/A/b", -2},
         {u"/a/b", u"/a/bc", 0},
-        {u"/a/b/", u"/a/bc", 0},
         {u"/", u"/a", 1},
-        {u"/", u"/", -2},
         {u"", u"/a", 1},
         {u"", u"", -2},
         {u"a", u"a/b", 1},

@@ -69,7 +69,7 @@ std::optional<icu::Locale> LocaleOfIdentifier(const std::string& name)
 
 std::optional<icu::Locale> LocaleOfFolder(const std::string& name)
 {
-    if (const auto locale = LocaleOfIdentifier(name))
+    if (auto locale = LocaleOfIdentifier(name))
         return locale;
     const char* language = LanguageOfEnglishName(name);
     return language != nullptr ? std::optional(icu::Locale(language)) : std::nullopt;
