@@ -69,6 +69,12 @@ Descriptor OpenCommonTrash(const Descriptor& top, const std::string& user) noexc
     return OpenFolder(common.Get(), user.c_str(), Place::SharedVolume);
 }
 
+TrashFolder OpenHomeTrash(const std::string& library) noexcept
+{
+    const Descriptor folder(open(library.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return OpenTrash(OpenFolder(folder.Get(), "Trash", Place::Home), Place::Home);
+}
+
 TrashFolder OpenVolumeTrash(const std::string& volume)
 {
     const Descriptor top(open(volume.empty() ? "/" : volume.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -184,22 +190,51 @@ std::string LibraryFolder()
     return found ? path : "";
 }
 
-int MoveToTrash(const char* path)
+// Takes items, one after the other, and keeps the trash of the last one's volume open for the next.
+class TrashCan
 {
-    const std::string_view whole = path;
-    const Mount volume = FindMount(std::string(whole.substr(0, whole.rfind('/'))));
-    const std::string library = LibraryFolder();
-    if (!library.empty() && FindMount(library).id == volume.id)
+public:
+    // Returns 0 or the system's reason.
+    int Take(const char* path)
     {
-        const Descriptor home(open(library.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        const TrashFolder trash = OpenTrash(OpenFolder(home.Get(), "Trash", Place::Home), Place::Home);
-        const int reason = trash ? MoveInto(trash, path, whole) : EACCES;
-        if (reason != EXDEV) // a part of the volume with a life of its own
-            return reason;
+        const std::string_view whole = path;
+        Enter(whole.substr(0, whole.rfind('/')));
+        if (m_isHome)
+        {
+            if (!m_home)
+                m_home = OpenHomeTrash(m_library);
+            const int reason = m_home ? MoveInto(m_home, path, whole) : EACCES;
+            if (reason != EXDEV) // a part of the volume with a life of its own
+                return reason;
+        }
+        if (!m_other)
+            m_other = OpenVolumeTrash(m_volume.folder);
+        return m_other ? MoveInto(m_other, path, whole.substr(m_volume.folder.size() + 1)) : EACCES;
     }
-    const TrashFolder trash = OpenVolumeTrash(volume.folder);
-    return trash ? MoveInto(trash, path, whole.substr(volume.folder.size() + 1)) : EACCES;
-}
+
+private:
+    void Enter(std::string_view folder)
+    {
+        if (m_isKnown && m_folder == folder)
+            return;
+        m_isKnown = false;
+        if (m_library.empty())
+            m_library = LibraryFolder();
+        m_folder = folder;
+        m_volume = FindMount(m_folder);
+        m_other = {};
+        m_isHome = !m_library.empty() && FindMount(m_library).id == m_volume.id;
+        m_isKnown = true;
+    }
+
+    std::string m_library;
+    TrashFolder m_home;
+    std::string m_folder; // of the last item; what follows is known of it
+    bool m_isKnown = false;
+    Mount m_volume;
+    bool m_isHome = false; // the library's volume
+    TrashFolder m_other;   // on that volume
+};
 
 OSStatus StatusOf(int reason) noexcept
 {
@@ -218,19 +253,10 @@ OSStatus StatusOf(int reason) noexcept
     }
 }
 
-OSStatus MoveToTrash(const FSRef& ref) noexcept
+OSStatus Take(TrashCan& can, const FSRef& ref)
 {
     unsigned mode = 0;
-    if (!IsStillThere(ref, mode))
-        return fnfErr;
-    try
-    {
-        return StatusOf(MoveToTrash(ref.szPath));
-    }
-    catch (const std::bad_alloc&)
-    {
-        return memFullErr;
-    }
+    return IsStillThere(ref, mode) ? StatusOf(can.Take(ref.szPath)) : fnfErr;
 }
 } // namespace
 
@@ -238,13 +264,21 @@ OSStatus FEMoveFilesToTrash(std::uint32_t uCount, const FSRef* pRefs) noexcept
 {
     if (pRefs == nullptr && uCount != 0)
         return paramErr;
-    OSStatus first = noErr;
-    for (std::uint32_t i = 0; i < uCount; ++i)
+    try
     {
-        const OSStatus status = MoveToTrash(pRefs[i]);
-        if (first == noErr)
-            first = status;
+        TrashCan can;
+        OSStatus first = noErr;
+        for (std::uint32_t i = 0; i < uCount; ++i)
+        {
+            const OSStatus status = Take(can, pRefs[i]);
+            if (first == noErr)
+                first = status;
+        }
+        return first;
     }
-    return first;
+    catch (const std::bad_alloc&)
+    {
+        return memFullErr;
+    }
 }
 } // namespace Halyon
