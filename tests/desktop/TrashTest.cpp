@@ -122,7 +122,7 @@ TEST_F(Trash, RecordsLeadBackToWhereItemsCameFrom)
 
 TEST_F(Trash, ItemsOfOneNameKeepApart)
 {
-    const std::string longName = std::string(240, 'x') + "\u5199\u771F"; // cut, but not inside a character
+    const std::string longName = std::string(240, 'x') + "\u5199\u771F";
     std::map<std::string, std::string> expected;
     for (const char* folder : {"a", "b", "c"})
     {
@@ -135,6 +135,7 @@ TEST_F(Trash, ItemsOfOneNameKeepApart)
             expected[At(path)] = path;
         }
     }
+    EXPECT_TRUE(fs::exists(Home() / "files" / (std::string(240, 'x') + "\u5199"))) << "cut between characters";
     // Something that lies there without a record is left alone.
     std::ofstream(Home() / "files/orphan") << "old";
     m_top.Write("orphan", "new");

@@ -138,7 +138,7 @@ TEST(Bundle, TheUsersLanguagesChooseTheLocalisation)
         // Nothing that the user reads: English, else the first; a name that is no language is the last choice.
         {{"ko", nullptr, nullptr, nullptr}, {"de", "en_GB", "ja"}, "en_GB"},
         {{nullptr, "C", nullptr, nullptr}, {"de", "English", "ja"}, "English"},
-        {{nullptr, nullptr, nullptr, nullptr}, {"fr", "ja"}, "fr"},
+        {{nullptr, nullptr, nullptr, nullptr}, {"sv", "fr", "ja", "de", "it", "nl"}, "de"},
         {{"base", nullptr, nullptr, nullptr}, {"Base", "ja"}, "ja"},
         {{"ja", nullptr, nullptr, nullptr}, {"Base"}, "Base"},
         {{"ja", nullptr, nullptr, nullptr}, {}, ""},

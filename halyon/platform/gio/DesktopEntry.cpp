@@ -178,7 +178,7 @@ std::vector<LaunchCommand> CommandsOfDesktopEntry(const char* path, const std::v
             return {};
         words.insert(words.begin(), terminal.begin(), terminal.end());
     }
-    if (documents.size() < 2 || !HasCode(words, "fu") || HasCode(words, "FU"))
+    if (documents.size() < 2 || !HasCode(words, "fu"))
         return {CommandFor(words, entry, documents, parameters)};
     std::vector<LaunchCommand> commands;
     commands.reserve(documents.size());
