@@ -42,12 +42,6 @@ struct Rect
     std::int16_t right;
 };
 
-struct CGPoint
-{
-    float x;
-    float y;
-};
-
 // Sixtieths of a second since the machine started, modulo 2^32. [any]
 std::uint32_t TickCount() noexcept;
 
@@ -64,7 +58,7 @@ Boolean PtInRect(Point point, const Rect* pRect) noexcept;
 void GetGlobalMouse(Point* pPoint) noexcept;
 
 // Moves the pointer, if the window system lets a program do so. paramErr: not finite, or no screen. [main]
-OSStatus CGWarpMouseCursorPosition(CGPoint point) noexcept;
+OSStatus CGWarpMouseCursorPosition(float x, float y) noexcept;
 
 // A shape of the cursor.
 struct Cursor;
@@ -149,8 +143,8 @@ void DisableMenuItem(MenuRef menu, MenuItemIndex item) noexcept;
 // Shows the menu with its top left corner there, or with item `popUpItem` there when that is not 0, and returns when
 // the user has chosen or has given up; events are handled meanwhile. Returns the identifier of the menu that the chosen
 // item is in (high 16 bits) and its number (low 16 bits); 0 when nothing was chosen, for null, for a menu without a
-// visible item, and, at once, when no user could see it. A menu that the window system does not show is taken back
-// after two seconds. [main]
+// visible item, and, at once, when no user could see it or answer. A menu that the window system does not show is taken
+// back after two seconds. [main]
 std::int32_t PopUpMenuSelect(MenuRef menu, std::int16_t nTop, std::int16_t nLeft, MenuItemIndex popUpItem) noexcept;
 
 // ---------------------------------------------------------------------------------------------------------------------

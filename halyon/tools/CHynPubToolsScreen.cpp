@@ -61,7 +61,7 @@ int CHynPubTools::SetCursorPos(POINT* point) noexcept
 {
     if (point == nullptr)
         return 0;
-    CGWarpMouseCursorPosition({static_cast<float>(point->x), static_cast<float>(point->y)});
+    CGWarpMouseCursorPosition(static_cast<float>(point->x), static_cast<float>(point->y));
     return 1;
 }
 

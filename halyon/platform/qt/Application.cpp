@@ -5,6 +5,7 @@
 #include <new>
 
 #include <QApplication>
+#include <QInputDevice>
 #include <QThread>
 
 #include <unistd.h>
@@ -53,9 +54,12 @@ bool HasScreen() noexcept
            application->thread() == QThread::currentThread() && QGuiApplication::primaryScreen() != nullptr;
 }
 
-bool HasVisibleWidgets() noexcept
+bool HasUser() noexcept
 {
     if (!HasScreen() || qobject_cast<QApplication*>(QCoreApplication::instance()) == nullptr)
+        return false;
+    // A Wayland session may have neither keyboard nor pointer; other platforms do not list theirs reliably.
+    if (IsWayland() && QInputDevice::devices().isEmpty())
         return false;
     const QString platform = QGuiApplication::platformName();
     return platform != QLatin1String("offscreen") && !platform.startsWith(QLatin1String("minimal"));

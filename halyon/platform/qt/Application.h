@@ -11,8 +11,8 @@ namespace Halyon
 // The program's first call, on its main thread, makes one when there is none.
 bool HasScreen() noexcept;
 
-// The same, and widgets and menus work, and a user can see them.
-bool HasVisibleWidgets() noexcept;
+// The same, and widgets and menus work, and a user can see them and answer.
+bool HasUser() noexcept;
 
 // True on Wayland, where a pop-up belongs to a window.
 bool IsWayland() noexcept;

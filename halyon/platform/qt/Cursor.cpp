@@ -21,13 +21,13 @@ void GetGlobalMouse(Point* pPoint) noexcept
         *pPoint = HasScreen() ? FromQPoint(QCursor::pos()) : Point{};
 }
 
-OSStatus CGWarpMouseCursorPosition(CGPoint point) noexcept
+OSStatus CGWarpMouseCursorPosition(float x, float y) noexcept
 {
     constexpr float fLimit = 1.0e6F;
     // The comparisons are false for not-a-number.
-    if (!(std::fabs(point.x) < fLimit) || !(std::fabs(point.y) < fLimit) || !HasScreen())
+    if (!(std::fabs(x) < fLimit) || !(std::fabs(y) < fLimit) || !HasScreen())
         return paramErr;
-    QCursor::setPos(static_cast<int>(point.x), static_cast<int>(point.y));
+    QCursor::setPos(static_cast<int>(x), static_cast<int>(y));
     return noErr;
 }
 

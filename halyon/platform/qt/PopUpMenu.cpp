@@ -71,7 +71,7 @@ QAction* FindAction(const QMenu& shown, std::int32_t nData)
 std::int32_t PopUpMenuSelect(MenuRef menu, std::int16_t nTop, std::int16_t nLeft, MenuItemIndex popUpItem) noexcept
 try
 {
-    if (menu == nullptr || !HasVisibleWidgets())
+    if (menu == nullptr || !HasUser())
         return 0;
     QMenu shown;
     Fill(shown, *menu);
