@@ -22,4 +22,7 @@ END
 "$place/build/workers" >"$place/seen"
 printf '%s\n' 1 4 9 16 25 | diff - "$place/seen"
 
-"$place/build/timed"
+# Four by three pixels, two of them black.
+printf 'P1 4 3  0 0 0 0  0 1 1 0  0 0 0 0\n' >"$place/picture"
+"$place/build/outline" "$place/picture" >"$place/seen"
+echo '1,1 to 3,2; 160 x 80' | diff - "$place/seen"
