@@ -48,9 +48,10 @@ void UseAll()
         std::printf("no screen\n");
 }
 
-void UseAllAndQuit(EventLoopTimerRef /*timer*/, void* /*pUserData*/)
+void UseAllAndQuit(EventLoopTimerRef timer, void* /*pUserData*/)
 {
     UseAll();
+    RemoveEventLoopTimer(timer);
     QuitApplicationEventLoop();
 }
 } // namespace
