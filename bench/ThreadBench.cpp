@@ -17,6 +17,7 @@
 
 #include "Runner.h"
 #include "threads/Channel.h"
+#include "threads/Figures.h"
 
 using namespace Bench;
 
@@ -228,6 +229,8 @@ try
     std::printf("%s\n%s", Machine().c_str(), Table(results).c_str());
     if (!json.empty())
         WriteJson(json, results, rounds);
+    if (only.empty())
+        std::printf("\n%s", Table(ThreadFigures()).c_str());
     return 0;
 }
 catch (const std::exception& error)
