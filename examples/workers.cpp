@@ -1,10 +1,8 @@
 // A worker squares numbers; its answers come back to the main thread, which prints them and quits after the last.
 #include <cstdio>
 
-#include <halyon/framework/CHynAutoPtr.h>
-#include <halyon/framework/CHynUnknown.h>
-#include <halyon/framework/HynIdentifiers.h>
 #include <halyon/platform/EventLoop.h>
+#include <halyon/thread/CHynEventHandler.h>
 #include <halyon/thread/CHynThreadManager.h>
 #include <halyon/thread/CHynWorkerThread.h>
 
@@ -14,41 +12,22 @@ constexpr std::uint32_t kSquare = 1;
 constexpr std::uint32_t kAnswer = 2;
 constexpr std::uint32_t kQuit = 0;
 
-class Number : public IHynEventParam, public CHynUnknown
+class Number : public CHynEventParam
 {
 public:
     explicit Number(int number) : value(number) {}
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
-    HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynEventParam, &IID_IHynUnknown>(static_cast<IHynEventParam*>(this), iid, ppv);
-    }
     const int value;
 };
 
 // Calls a plain function for each event of one identifier.
-class Handler : public IHynEventHandler, public CHynUnknown
+class Handler : public CHynEventHandler
 {
 public:
     using Function = void (*)(IHynThreadManager& manager, const Number& number);
     Handler(std::uint32_t eventID, IHynThreadManager& manager, Function function)
-        : m_eventID(eventID), m_manager(manager), m_function(function)
+        : CHynEventHandler(eventID), m_manager(manager), m_function(function)
     {
     }
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
-    HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynEventHandler, &IID_IHynUnknown>(static_cast<IHynEventHandler*>(this), iid,
-                                                                           ppv);
-    }
-    HynResult GetEventID(std::uint32_t* pEventID) override { return *pEventID = m_eventID, HYN_S_OK; }
-    HynResult GetOwner(void** ppOwner) override { return *ppOwner = nullptr, HYN_S_OK; }
-    HynResult SetOwner(void*) override { return HYN_S_OK; }
-    HynResult IsSameHandler(IHynEventHandler* pOther, int* pSame) override { return *pSame = pOther == this, HYN_S_OK; }
     HynResult HandleEvent(std::uint32_t, std::int32_t, IHynEventParam* pParam) override
     {
         m_function(m_manager, *static_cast<Number*>(pParam));
@@ -56,7 +35,6 @@ public:
     }
 
 private:
-    std::uint32_t m_eventID;
     IHynThreadManager& m_manager;
     Function m_function;
 };

@@ -9,9 +9,8 @@
 
 #include <malloc.h>
 
-#include <halyon/framework/CHynUnknown.h>
-#include <halyon/framework/HynIdentifiers.h>
 #include <halyon/platform/EventLoop.h>
+#include <halyon/thread/CHynEventHandler.h>
 #include <halyon/thread/CHynMainThread.h>
 #include <halyon/thread/CHynWorkerThread.h>
 
@@ -32,31 +31,13 @@ double ProcessorNanoseconds()
     return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
 
-class Counter : public IHynEventHandler, public CHynUnknown
+class Counter : public CHynEventHandler
 {
 public:
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynEventHandler, &IID_IHynUnknown>(static_cast<IHynEventHandler*>(this), iid,
-                                                                           ppv);
-    }
-    HynResult GetEventID(std::uint32_t* pEventID) override
-    {
-        *pEventID = kEventID;
-        return HYN_S_OK;
-    }
-    HynResult GetOwner(void**) override { return HYN_S_OK; }
-    HynResult SetOwner(void*) override { return HYN_S_OK; }
+    Counter() : CHynEventHandler(kEventID) {}
     HynResult HandleEvent(std::uint32_t uParam, std::int32_t, IHynEventParam*) override
     {
         m_uSum += uParam;
-        return HYN_S_OK;
-    }
-    HynResult IsSameHandler(IHynEventHandler* pOther, int* pSame) override
-    {
-        *pSame = pOther == this ? 1 : 0;
         return HYN_S_OK;
     }
 

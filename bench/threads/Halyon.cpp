@@ -1,7 +1,6 @@
 // Posted events, dispatched through the worker's observer table.
 
-#include <halyon/framework/CHynUnknown.h>
-#include <halyon/framework/HynIdentifiers.h>
+#include <halyon/thread/CHynEventHandler.h>
 #include <halyon/thread/CHynWorkerThread.h>
 
 #include "Channel.h"
@@ -14,34 +13,15 @@ namespace
 {
 constexpr std::uint32_t kEventID = 1;
 
-class SinkHandler : public IHynEventHandler, public CHynUnknown
+class SinkHandler : public CHynEventHandler
 {
 public:
-    explicit SinkHandler(Sink& sink) : m_sink(sink) {}
+    explicit SinkHandler(Sink& sink) : CHynEventHandler(kEventID), m_sink(sink) {}
 
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynEventHandler, &IID_IHynUnknown>(static_cast<IHynEventHandler*>(this), iid,
-                                                                           ppv);
-    }
-    HynResult GetEventID(std::uint32_t* pEventID) override
-    {
-        *pEventID = kEventID;
-        return HYN_S_OK;
-    }
-    HynResult GetOwner(void**) override { return HYN_S_OK; }
-    HynResult SetOwner(void*) override { return HYN_S_OK; }
     HynResult HandleEvent(std::uint32_t, std::int32_t, IHynEventParam* pParam) override
     {
         m_sink.Handle(*static_cast<Payload*>(pParam));
         return HYN_S_EVENT_HANDLED;
-    }
-    HynResult IsSameHandler(IHynEventHandler* pOther, int* pSame) override
-    {
-        *pSame = pOther == this ? 1 : 0;
-        return HYN_S_OK;
     }
 
 private:

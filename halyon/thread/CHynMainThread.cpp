@@ -1,7 +1,5 @@
 #include <halyon/thread/CHynMainThread.h>
 
-#include <halyon/framework/HynIdentifiers.h>
-
 namespace Halyon
 {
 namespace
@@ -12,7 +10,7 @@ constexpr EventTimerInterval kTickSeconds = 0.01;
 constexpr std::uint32_t kQuitEventID = 0;
 } // namespace
 
-CHynMainThread::CHynMainThread(std::uint32_t uThreadID) : m_uThreadID(uThreadID), m_queue(kCapacity) {}
+CHynMainThread::CHynMainThread(std::uint32_t uThreadID) : CHynEventThread(kCapacity), m_uThreadID(uThreadID) {}
 
 CHynMainThread::~CHynMainThread()
 {
@@ -22,8 +20,7 @@ CHynMainThread::~CHynMainThread()
 
 HynResult CHynMainThread::DefaultQueryInterface(const HYN_GUID& iid, void** ppv)
 {
-    return HynAnswerInterface<&IID_IHynThread, &IID_IHynThread2, &IID_IHynThread3, &IID_IHynUnknown>(
-        static_cast<IHynThread3*>(this), iid, ppv);
+    return AnswerThreadInterface(iid, ppv);
 }
 
 HynResult CHynMainThread::Start(IHynThreadManager* /*pManager*/, int* /*pStarted*/)
@@ -52,22 +49,6 @@ HynResult CHynMainThread::SetPriority(int /*nPriority*/)
     return HYN_E_NOINTERFACE;
 }
 
-HynResult CHynMainThread::RegisterHandler(IHynEventHandler* pHandler, void* pUser)
-{
-    std::uint32_t eventID = 0;
-    pHandler->GetEventID(&eventID);
-    m_queue.RegisterObserver(eventID, pHandler, pUser);
-    return HYN_S_OK;
-}
-
-HynResult CHynMainThread::UnRegisterHandler(IHynEventHandler* pHandler, void* pUser)
-{
-    std::uint32_t eventID = 0;
-    pHandler->GetEventID(&eventID);
-    m_queue.UnRegisterObserver(eventID, pHandler, pUser);
-    return HYN_S_OK;
-}
-
 HynResult CHynMainThread::PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
                                     IHynEventParam* pParam, void* pReceiver)
 {
@@ -87,17 +68,6 @@ HynResult CHynMainThread::SendEvent(std::uint32_t dwEventID, std::uint32_t uPara
     if (GetCurrentTovThreadID() != m_uThreadID)
         return HYN_E_NOINTERFACE;
     return m_queue.Invoke(dwEventID, uParam, lParam, pParam, pReceiver);
-}
-
-HynResult CHynMainThread::ClearAllEvents()
-{
-    m_queue.ClearQueue();
-    return HYN_S_OK;
-}
-
-HynResult CHynMainThread::RemoveEvents(std::uint32_t* pIDs, std::uint32_t nCount)
-{
-    return static_cast<HynResult>(m_queue.RemoveEvents(pIDs, nCount));
 }
 
 HynResult CHynMainThread::ProcessEvent()

@@ -4,36 +4,26 @@
 // handles at most one event, so a burst never holds the interface up. The thread manager makes it (`InitMainThread`).
 #pragma once
 
-#include <halyon/framework/CHynUnknown.h>
 #include <halyon/platform/EventLoop.h>
-#include <halyon/thread/CHynThreadEventQueue.h>
-#include <halyon/thread/IHynThread.h>
+#include <halyon/thread/CHynEventThread.h>
 
 namespace Halyon
 {
-class CHynMainThread : public IHynThread3, public CHynUnknown
+class CHynMainThread : public CHynEventThread
 {
 public:
     // `uThreadID`: the main thread's identifier.
     explicit CHynMainThread(std::uint32_t uThreadID);
-
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
 
     std::uint32_t GetThreadID() override { return m_uThreadID; }
     HynResult Start(IHynThreadManager* pManager, int* pStarted) override;
     HynResult Stop() override;
     HynResult Run() override;
     HynResult SetPriority(int nPriority) override;
-    HynResult RegisterHandler(IHynEventHandler* pHandler, void* pUser) override;
-    HynResult UnRegisterHandler(IHynEventHandler* pHandler, void* pUser) override;
     HynResult PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam, IHynEventParam* pParam,
                         void* pReceiver) override;
     HynResult SendEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam, IHynEventParam* pParam,
                         void* pReceiver) override;
-    HynResult ClearAllEvents() override;
-    HynResult RemoveEvents(std::uint32_t* pIDs, std::uint32_t nCount) override;
 
     // Ends the timer. [main]
     ~CHynMainThread() override;
@@ -47,7 +37,6 @@ public:
 
 private:
     const std::uint32_t m_uThreadID;
-    CHynThreadEventQueue m_queue;
     CHynLock m_lock;
     MPQueueID m_notifications = nullptr;
     EventLoopTimerRef m_timer = nullptr;

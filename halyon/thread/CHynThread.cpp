@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include <halyon/framework/HynIdentifiers.h>
-
 namespace Halyon
 {
 namespace
@@ -12,7 +10,7 @@ constexpr int kUsualPriority = 0;
 constexpr int kPatientPriority = -2;
 } // namespace
 
-CHynThread::CHynThread(std::int32_t nCapacity, const char* pszName) : m_queue(nCapacity)
+CHynThread::CHynThread(std::int32_t nCapacity, const char* pszName) : CHynEventThread(nCapacity)
 {
     if (pszName != nullptr)
         std::strncpy(m_szName, pszName, sizeof m_szName - 1);
@@ -25,8 +23,7 @@ CHynThread::~CHynThread()
 
 HynResult CHynThread::DefaultQueryInterface(const HYN_GUID& iid, void** ppv)
 {
-    return HynAnswerInterface<&IID_IHynThread, &IID_IHynThread2, &IID_IHynThread3, &IID_IHynUnknown>(
-        static_cast<IHynThread3*>(this), iid, ppv);
+    return AnswerThreadInterface(iid, ppv);
 }
 
 void CHynThread::InitThread() {}
@@ -157,22 +154,6 @@ HynResult CHynThread::SetPriority(int nPriority)
     return HYN_S_OK;
 }
 
-HynResult CHynThread::RegisterHandler(IHynEventHandler* pHandler, void* pUser)
-{
-    std::uint32_t eventID = 0;
-    pHandler->GetEventID(&eventID);
-    m_queue.RegisterObserver(eventID, pHandler, pUser);
-    return HYN_S_OK;
-}
-
-HynResult CHynThread::UnRegisterHandler(IHynEventHandler* pHandler, void* pUser)
-{
-    std::uint32_t eventID = 0;
-    pHandler->GetEventID(&eventID);
-    m_queue.UnRegisterObserver(eventID, pHandler, pUser);
-    return HYN_S_OK;
-}
-
 HynResult CHynThread::PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
                                 IHynEventParam* pParam, void* pReceiver)
 {
@@ -198,16 +179,5 @@ HynResult CHynThread::SendEvent(std::uint32_t dwEventID, std::uint32_t uParam, s
     if (GetCurrentTovThreadID() != GetThreadID())
         return HYN_E_NOINTERFACE;
     return m_queue.Invoke(dwEventID, uParam, lParam, pParam, pReceiver);
-}
-
-HynResult CHynThread::ClearAllEvents()
-{
-    m_queue.ClearQueue();
-    return HYN_S_OK;
-}
-
-HynResult CHynThread::RemoveEvents(std::uint32_t* pIDs, std::uint32_t nCount)
-{
-    return static_cast<HynResult>(m_queue.RemoveEvents(pIDs, nCount));
 }
 } // namespace Halyon

@@ -12,33 +12,23 @@
 
 #include <atomic>
 
-#include <halyon/framework/CHynUnknown.h>
-#include <halyon/thread/CHynThreadEventQueue.h>
-#include <halyon/thread/IHynThread.h>
+#include <halyon/thread/CHynEventThread.h>
 #include <halyon/thread/IHynThreadManager.h>
 
 namespace Halyon
 {
-class CHynThread : public IHynThread3, public CHynUnknown
+class CHynThread : public CHynEventThread
 {
 public:
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
-
     std::uint32_t GetThreadID() override { return m_uThreadID.load(std::memory_order_acquire); }
     HynResult Start(IHynThreadManager* pManager, int* pStarted) override;
     HynResult Stop() override;
     HynResult Run() override;
     HynResult SetPriority(int nPriority) override;
-    HynResult RegisterHandler(IHynEventHandler* pHandler, void* pUser) override;
-    HynResult UnRegisterHandler(IHynEventHandler* pHandler, void* pUser) override;
     HynResult PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam, IHynEventParam* pParam,
                         void* pReceiver) override;
     HynResult SendEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam, IHynEventParam* pParam,
                         void* pReceiver) override;
-    HynResult ClearAllEvents() override;
-    HynResult RemoveEvents(std::uint32_t* pIDs, std::uint32_t nCount) override;
 
     // Stops the thread when it runs. A derived class whose InitThread, ExitThread or handlers use its own fields stops
     // it in its own destructor.
@@ -77,7 +67,6 @@ private:
     std::atomic<std::int32_t> m_nExit{1};
     std::atomic<TovThreadRef> m_thread{0};
     std::atomic<TovEventRef> m_event{0};
-    CHynThreadEventQueue m_queue;
     CHynLock m_lock;
     std::atomic<std::int32_t> m_nBusy{0};
     CHynAutoPtr<IHynThreadManager> m_spManager;

@@ -8,10 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include <halyon/framework/CHynAutoPtr.h>
-#include <halyon/framework/CHynUnknown.h>
-#include <halyon/framework/HynIdentifiers.h>
-#include <halyon/thread/IHynEventHandler.h>
+#include <halyon/thread/CHynEventHandler.h>
 
 namespace HalyonTest
 {
@@ -54,19 +51,11 @@ private:
 };
 
 // A parameter that carries a number; knows how many of its kind are alive.
-class Param : public Halyon::IHynEventParam, public Halyon::CHynUnknown
+class Param : public Halyon::CHynEventParam
 {
 public:
     explicit Param(std::uint32_t number = 0) : m_number(number) { ++s_alive; }
     ~Param() override { --s_alive; }
-
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    Halyon::HynResult QueryInterface(const Halyon::HYN_GUID& iid, void** ppv) override
-    {
-        return Halyon::HynAnswerInterface<&Halyon::IID_IHynEventParam, &Halyon::IID_IHynUnknown>(
-            static_cast<Halyon::IHynEventParam*>(this), iid, ppv);
-    }
 
     std::uint32_t Number() const { return m_number; }
     static int Alive() { return s_alive; }
@@ -93,40 +82,17 @@ struct Call
 };
 
 // Records its calls, answers what it is told, and runs what a test gives it.
-class Handler : public Halyon::IHynEventHandler, public Halyon::CHynUnknown
+class Handler : public Halyon::CHynEventHandler
 {
 public:
     using Action = std::function<void(std::uint32_t, std::int32_t, Halyon::IHynEventParam*)>;
 
-    explicit Handler(std::uint32_t eventID, Action action = {}) : m_eventID(eventID), m_action(std::move(action))
+    explicit Handler(std::uint32_t eventID, Action action = {}) : CHynEventHandler(eventID), m_action(std::move(action))
     {
         ++s_alive;
     }
     ~Handler() override { --s_alive; }
 
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    Halyon::HynResult QueryInterface(const Halyon::HYN_GUID& iid, void** ppv) override
-    {
-        return Halyon::HynAnswerInterface<&Halyon::IID_IHynEventHandler, &Halyon::IID_IHynUnknown>(
-            static_cast<Halyon::IHynEventHandler*>(this), iid, ppv);
-    }
-
-    Halyon::HynResult GetEventID(std::uint32_t* pEventID) override
-    {
-        *pEventID = m_eventID;
-        return Halyon::HYN_S_OK;
-    }
-    Halyon::HynResult GetOwner(void** ppOwner) override
-    {
-        *ppOwner = m_owner;
-        return Halyon::HYN_S_OK;
-    }
-    Halyon::HynResult SetOwner(void* pOwner) override
-    {
-        m_owner = pOwner;
-        return Halyon::HYN_S_OK;
-    }
     Halyon::HynResult HandleEvent(std::uint32_t uParam, std::int32_t lParam, Halyon::IHynEventParam* pParam) override
     {
         calls.push_back({uParam, lParam, pParam});
@@ -149,8 +115,6 @@ public:
     Halyon::HynResult sameAnswer = Halyon::HYN_S_OK;
 
 private:
-    std::uint32_t m_eventID;
-    void* m_owner = nullptr;
     Action m_action;
     static inline std::atomic<int> s_alive{0};
 };
