@@ -55,7 +55,7 @@ bool ExpectRegionOf(const QString& path)
 
 QString Write(const QTemporaryDir& folder, const QString& name, const QByteArray& bytes)
 {
-    const QString path = folder.filePath(name);
+    QString path = folder.filePath(name);
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     return path;

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <memory>
+
 #include <halyon/platform/Interface.h>
 
 #include "ScreenSupport.h"
@@ -20,7 +24,9 @@ TEST(Region, HoldsExactlyTheSetPixelsOfItsMap)
     BitMap map;
     map.uRowWords = 3;
     map.bounds = {-10, 100, -7, 230};
-    map.spWords.reset(new std::uint64_t[9]{0, 0, 0, 1ull << 63 | 1ull << 5, 0, 2, 0, 1, 0});
+    map.spWords = std::make_unique<std::uint64_t[]>(9);
+    std::ranges::copy(std::array{0ull, 0ull, 0ull, 1ull << 63 | 1ull << 5, 0ull, 2ull, 0ull, 1ull, 0ull},
+                      map.spWords.get());
     RgnHandle rgn = NewRgn();
     ASSERT_EQ(BitMapToRegion(rgn, map), noErr);
     std::vector<std::pair<int, int>> seen;
@@ -33,7 +39,7 @@ TEST(Region, HoldsExactlyTheSetPixelsOfItsMap)
     EXPECT_EQ(GetRegionBounds(rgn, &bounds), &bounds);
     EXPECT_EQ(Fields(bounds), std::tuple(105, -9, 230, -7));
 
-    map.spWords.reset(new std::uint64_t[9]{});
+    map.spWords = std::make_unique<std::uint64_t[]>(9);
     ASSERT_EQ(BitMapToRegion(rgn, map), noErr);
     GetRegionBounds(rgn, &bounds);
     EXPECT_EQ(Fields(bounds), std::tuple(0, 0, 0, 0));
