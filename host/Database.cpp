@@ -139,7 +139,7 @@ Command Database::Prepare(const char16_t* sql)
     return {std::move(command), text};
 }
 
-Transaction::Transaction(Database& database, Kind kind) : m_database(database)
+Transaction::Transaction(Database& database, Kind kind) : m_database(database), m_kind(kind)
 {
     if (kind == Kind::Read)
     {
@@ -155,7 +155,13 @@ Transaction::Transaction(Database& database, Kind kind) : m_database(database)
 
 Transaction::~Transaction()
 {
-    if (m_open)
+    if (!m_open)
+        return;
+    // A handle that met a busy database when it first read its tables takes the next rollback for a change of them, and
+    // every prepared statement fails from then on. What was only read is the same after a commit.
+    if (m_kind == Kind::Read)
+        m_database.Interface()->CommitTrans();
+    else
         m_database.Interface()->RollbackTrans();
 }
 

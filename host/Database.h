@@ -136,7 +136,7 @@ private:
     std::string m_file;
 };
 
-// A transaction: rolled back at the end of its scope unless committed.
+// A transaction: at the end of its scope what it wrote is rolled back unless committed.
 class Transaction
 {
 public:
@@ -156,6 +156,7 @@ public:
 
 private:
     Database& m_database;
+    Kind m_kind;
     bool m_open = true;
 };
 } // namespace HynHost
