@@ -17,10 +17,28 @@ namespace HynHost
 namespace
 {
 constexpr std::int32_t kApplicationID = 0x48796E43; // "HynC"
-constexpr std::int32_t kVersion = 1;
+constexpr std::int32_t kVersion = 2;
+
+constexpr const char16_t* kMakeVolume =
+    u"CREATE TABLE volume (id INTEGER PRIMARY KEY, mount TEXT NOT NULL, identity TEXT UNIQUE)";
+
+// 978307200: from 1970 to 2001.
+constexpr const char16_t* kMakeView =
+    u"CREATE VIEW media AS SELECT file.id AS id, mount || folder.path || file.name AS path,"
+    u" CASE mount || folder.path WHEN '/' THEN '/' ELSE rtrim(mount || folder.path, '/') END AS folder,"
+    u" file.name AS name, kind, size, mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem,"
+    u" volume FROM file JOIN folder ON folder.id = file.folder JOIN volume ON volume.id = folder.volume"
+    u" WHERE kind IS NOT NULL";
+
+constexpr const char16_t* kSetVersion = u"PRAGMA user_version = 2";
 
 constexpr const char16_t* kSchema[] = {
-    u"CREATE TABLE folder (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE)",
+    kMakeVolume,
+    u"CREATE TABLE folder ("
+    u" id INTEGER PRIMARY KEY,"
+    u" volume INTEGER NOT NULL REFERENCES volume (id),"
+    u" path TEXT NOT NULL,"
+    u" UNIQUE (volume, path))",
     u"CREATE TABLE file ("
     u" id INTEGER PRIMARY KEY,"
     u" folder INTEGER NOT NULL REFERENCES folder (id),"
@@ -35,16 +53,36 @@ constexpr const char16_t* kSchema[] = {
     u" rating INTEGER,"
     u" problem TEXT,"
     u" UNIQUE (folder, name))",
-    // 978307200: from 1970 to 2001.
-    u"CREATE VIEW media AS SELECT file.id AS id, folder.path || file.name AS path,"
-    u" CASE folder.path WHEN '/' THEN '/' ELSE rtrim(folder.path, '/') END AS folder, file.name AS name, kind, size,"
-    u" mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem"
-    u" FROM file JOIN folder ON folder.id = file.folder WHERE kind IS NOT NULL",
+    kMakeView,
     u"PRAGMA application_id = 1215917635",
-    u"PRAGMA user_version = 1",
+    kSetVersion,
+};
+
+// Version 1 kept absolute paths, which are paths on the startup volume; other volumes take theirs when they are
+// imported. A new table, for the old one holds each path once.
+constexpr const char16_t* kFromVersion1[] = {
+    kMakeVolume,
+    u"INSERT INTO volume (id, mount) VALUES (1, '')",
+    u"DROP VIEW media",
+    u"CREATE TABLE folder_2 ("
+    u" id INTEGER PRIMARY KEY,"
+    u" volume INTEGER NOT NULL REFERENCES volume (id),"
+    u" path TEXT NOT NULL,"
+    u" UNIQUE (volume, path))",
+    u"INSERT INTO folder_2 (id, volume, path) SELECT id, 1, path FROM folder",
+    u"DROP TABLE folder",
+    u"ALTER TABLE folder_2 RENAME TO folder",
+    kMakeView,
+    kSetVersion,
 };
 
 constexpr std::string_view kOpenAction = "cannot open the catalogue";
+
+void CheckWritable(const std::string& path)
+{
+    if (access(path.c_str(), W_OK) != 0)
+        ThrowSystemError("cannot write the catalogue", path, errno);
+}
 
 std::string CheckFile(const std::string& name, Catalog::Mode mode)
 {
@@ -59,8 +97,8 @@ std::string CheckFile(const std::string& name, Catalog::Mode mode)
             throw HostError("cannot make the folder", folder, error.message());
         if (access(folder.c_str(), W_OK) != 0) // the engine's journal lies beside the catalogue
             ThrowSystemError("cannot write the catalogue's folder", folder, errno);
-        if (file.exists && access(file.path.c_str(), W_OK) != 0)
-            ThrowSystemError("cannot write the catalogue", file.path, errno);
+        if (file.exists)
+            CheckWritable(file.path);
     }
     return std::move(file.path);
 }
@@ -95,7 +133,26 @@ Catalog::Catalog(const std::string& file, Mode mode) : m_database(CheckFile(file
     if (mode == Mode::Create && Number(m_database, u"PRAGMA application_id") == 0 &&
         Number(m_database, u"PRAGMA user_version") == 0)
         Create();
+    Upgrade();
     CheckVersion();
+}
+
+void Catalog::Upgrade()
+{
+    const auto isOld = [this]
+    {
+        return Number(m_database, u"PRAGMA application_id") == kApplicationID &&
+               Number(m_database, u"PRAGMA user_version") == 1;
+    };
+    if (!isOld())
+        return;
+    CheckWritable(m_database.File());
+    Transaction transaction(m_database);
+    if (!isOld()) // another program was faster
+        return;
+    for (const char16_t* sql : kFromVersion1)
+        m_database.Execute(sql);
+    transaction.Commit();
 }
 
 void Catalog::CheckVersion()

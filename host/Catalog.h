@@ -1,16 +1,21 @@
 // The catalogue: a database of the media files under the folders that were imported.
 //
-// Tables (paths are UTF-8 and absolute, a folder's ends in "/"):
-//   folder(id, path)
+// Tables (text is UTF-8):
+//   volume(id, mount, identity)
+//       where it was mounted at its last import, without a "/" at its end, so empty for the startup volume; `identity`
+//       is NULL when the machine gave none
+//   folder(id, volume, path)
+//       `path` begins at the volume's mount point and with a "/", and ends in one
 //   file(id, folder, name, size, mtime_ns, inode, kind, taken, width, height, rating, problem)
 //       one row for each file that was looked at; `kind` is NULL when it is no medium, so that it is not read again
 // and the view that everything else reads, media files only:
-//   media(id, path, folder, name, kind, size, modified, taken, width, height, rating, problem)
-//       `modified` and `taken` are FILETIMEs as the module stores them, seconds since 2001-01-01 UTC; width, height,
-//       rating and problem may be NULL
+//   media(id, path, folder, name, kind, size, modified, taken, width, height, rating, problem, volume)
+//       `path` and `folder` are absolute, by the volume's `mount`; `modified` and `taken` are FILETIMEs as the module
+//       stores them, seconds since 2001-01-01 UTC; width, height, rating and problem may be NULL
 //
-// A catalogue carries an application id and a version in the database header; a file that is something else, or of a
-// later version, is refused and left as it is.
+// A catalogue carries an application id and a version in the database header. One of an earlier version is brought to
+// this one when it is opened, in one transaction; a file that is something else, or of a later version, is refused and
+// left as it is.
 #pragma once
 
 #include <optional>
@@ -40,8 +45,9 @@ public:
     [[nodiscard]] Database& GetDatabase() noexcept { return m_database; }
 
 private:
-    void CheckVersion();
     void Create();
+    void Upgrade();
+    void CheckVersion();
 
     Database m_database;
 };

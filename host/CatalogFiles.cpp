@@ -5,14 +5,15 @@ namespace HynHost
 namespace
 {
 constexpr const char16_t* kFind = u"SELECT size, mtime_ns, inode, kind IS NOT NULL, problem FROM file"
-                                  u" WHERE folder = (SELECT id FROM folder WHERE path = ?) AND name = ?";
+                                  u" WHERE folder = (SELECT id FROM folder WHERE volume = ? AND path = ?) AND name = ?";
 
-constexpr const char16_t* kAddFolder = u"INSERT OR IGNORE INTO folder (path) VALUES (?)";
+constexpr const char16_t* kAddFolder = u"INSERT OR IGNORE INTO folder (volume, path) VALUES (?, ?)";
 
 // NULL cannot be bound through the interface, so a value that cannot occur stands for it.
 constexpr const char16_t* kStore =
     u"INSERT INTO file (folder, name, size, mtime_ns, inode, kind, taken, width, height, rating, problem)"
-    u" VALUES ((SELECT id FROM folder WHERE path = ?), ?, ?, ?, ?, NULLIF(?, ''), ?, NULLIF(?, 0), NULLIF(?, 0),"
+    u" VALUES ((SELECT id FROM folder WHERE volume = ? AND path = ?), ?, ?, ?, ?, NULLIF(?, ''), ?, NULLIF(?, 0), "
+    u"NULLIF(?, 0),"
     u" NULLIF(?, -1), NULLIF(?, ''))"
     u" ON CONFLICT (folder, name) DO UPDATE SET size = excluded.size, mtime_ns = excluded.mtime_ns,"
     u" inode = excluded.inode, kind = excluded.kind, taken = excluded.taken, width = excluded.width,"
@@ -20,26 +21,28 @@ constexpr const char16_t* kStore =
 
 // What begins with a folder's path sorts from "FOLDER/" to before "FOLDER0", the character after "/".
 constexpr const char16_t* kCountBelow = u"SELECT count(*) FROM file JOIN folder ON folder.id = file.folder"
-                                        u" WHERE folder.path >= ? AND folder.path < ?";
+                                        u" WHERE folder.volume = ? AND folder.path >= ? AND folder.path < ?";
 
 constexpr const char16_t* kFilesBelow =
     u"SELECT file.id, folder.path || file.name, kind IS NOT NULL FROM file JOIN folder ON folder.id = file.folder"
-    u" WHERE file.id > ? AND folder.path >= ? AND folder.path < ? ORDER BY file.id LIMIT ?";
+    u" WHERE folder.volume = ? AND folder.path >= ? AND folder.path < ? AND file.id > ? ORDER BY file.id LIMIT ?";
 
 constexpr const char16_t* kRemove = u"DELETE FROM file WHERE id = ?";
 
-constexpr const char16_t* kRemoveEmptyFolders = u"DELETE FROM folder WHERE path >= ? AND path < ? AND NOT EXISTS "
-                                                u"(SELECT 1 FROM file WHERE file.folder = folder.id)";
+constexpr const char16_t* kRemoveEmptyFolders = u"DELETE FROM folder WHERE volume = ? AND path >= ? AND path < ?"
+                                                u" AND NOT EXISTS (SELECT 1 FROM file WHERE file.folder = folder.id)";
 
 CTovStringW Wide(std::string_view text)
 {
     return CTovStringW::FromUTF8(text);
 }
 
-CTovStringW EndOfRange(std::string folder)
+// Binds the first three parameters: the volume, and the range of paths of a folder and all below it.
+Command& BindRange(Command& command, StoredFolder folder)
 {
-    folder.back() = '/' + 1;
-    return Wide(folder);
+    std::string end(folder.path);
+    end.back() = '/' + 1;
+    return command.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Bind(2, Wide(end));
 }
 } // namespace
 
@@ -51,38 +54,38 @@ CatalogFiles::CatalogFiles(Catalog& catalog)
 {
 }
 
-std::optional<KnownFile> CatalogFiles::Find(const std::string& folder, const std::string& name)
+std::optional<KnownFile> CatalogFiles::Find(StoredFolder folder, const std::string& name)
 {
-    const RecordSet rows = m_find.Bind(0, Wide(folder)).Bind(1, Wide(name)).Open();
+    const RecordSet rows = m_find.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Bind(2, Wide(name)).Open();
     if (rows.AtEnd())
         return std::nullopt;
     const FileStamp stamp = {rows.Get<long long>(0), rows.Get<long long>(1), rows.Get<long long>(2)};
     return KnownFile{stamp, rows.Get<std::int32_t>(3) != 0, rows.Text(4).value_or("")};
 }
 
-void CatalogFiles::Store(const std::string& folder, const std::string& name, const FileFacts& facts)
+void CatalogFiles::Store(StoredFolder folder, const std::string& name, const FileFacts& facts)
 {
-    const CTovStringW wideFolder = Wide(folder);
-    m_addFolder.Bind(0, wideFolder).Execute();
-    m_store.Bind(0, wideFolder).Bind(1, Wide(name));
-    m_store.Bind(2, facts.stamp.size).Bind(3, facts.stamp.modifiedNs).Bind(4, facts.stamp.inode);
-    m_store.Bind(5, facts.kind ? Wide(MediaKindName(*facts.kind)) : CTovStringW()).Bind(6, facts.taken);
-    m_store.Bind(7, facts.width).Bind(8, facts.height).Bind(9, facts.rating.value_or(-1));
-    m_store.Bind(10, Wide(facts.problem)).Execute();
+    const CTovStringW path = Wide(folder.path);
+    m_addFolder.Bind(0, folder.volume).Bind(1, path).Execute();
+    m_store.Bind(0, folder.volume).Bind(1, path).Bind(2, Wide(name));
+    m_store.Bind(3, facts.stamp.size).Bind(4, facts.stamp.modifiedNs).Bind(5, facts.stamp.inode);
+    m_store.Bind(6, facts.kind ? Wide(MediaKindName(*facts.kind)) : CTovStringW()).Bind(7, facts.taken);
+    m_store.Bind(8, facts.width).Bind(9, facts.height).Bind(10, facts.rating.value_or(-1));
+    m_store.Bind(11, Wide(facts.problem)).Execute();
 }
 
-std::vector<StoredFile> CatalogFiles::FilesBelow(const std::string& folder, long long after, int limit)
+std::vector<StoredFile> CatalogFiles::FilesBelow(StoredFolder folder, long long after, int limit)
 {
     std::vector<StoredFile> files;
-    m_filesBelow.Bind(0, after).Bind(1, Wide(folder)).Bind(2, EndOfRange(folder)).Bind(3, limit);
+    BindRange(m_filesBelow, folder).Bind(3, after).Bind(4, limit);
     for (RecordSet rows = m_filesBelow.Open(); !rows.AtEnd(); rows.Next())
         files.push_back({rows.Get<long long>(0), rows.Text(1).value_or(""), rows.Get<std::int32_t>(2) != 0});
     return files;
 }
 
-std::uint64_t CatalogFiles::CountBelow(const std::string& folder)
+std::uint64_t CatalogFiles::CountBelow(StoredFolder folder)
 {
-    const RecordSet rows = m_countBelow.Bind(0, Wide(folder)).Bind(1, EndOfRange(folder)).Open();
+    const RecordSet rows = BindRange(m_countBelow, folder).Open();
     return static_cast<std::uint64_t>(rows.Get<long long>(0));
 }
 
@@ -91,8 +94,8 @@ void CatalogFiles::Remove(long long id)
     m_remove.Bind(0, id).Execute();
 }
 
-void CatalogFiles::RemoveEmptyFolders(const std::string& folder)
+void CatalogFiles::RemoveEmptyFolders(StoredFolder folder)
 {
-    m_removeEmptyFolders.Bind(0, Wide(folder)).Bind(1, EndOfRange(folder)).Execute();
+    BindRange(m_removeEmptyFolders, folder).Execute();
 }
 } // namespace HynHost

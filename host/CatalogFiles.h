@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <host/Catalog.h>
@@ -22,11 +23,18 @@ struct KnownFile
     std::string problem; // that it had when it was read
 };
 
+// A folder as the catalogue keeps it.
+struct StoredFolder
+{
+    long long volume = 0;
+    std::string_view path; // on its volume: begins and ends with a "/"
+};
+
 // A file that the catalogue holds.
 struct StoredFile
 {
     long long id = 0;
-    std::string path;
+    std::string path; // on its volume
     bool isMedia = false;
 };
 
@@ -35,23 +43,23 @@ class CatalogFiles
 public:
     explicit CatalogFiles(Catalog& catalog);
 
-    // Folders have a "/" at their end here, as they are stored. [owner]
-    [[nodiscard]] std::optional<KnownFile> Find(const std::string& folder, const std::string& name);
+    // [owner]
+    [[nodiscard]] std::optional<KnownFile> Find(StoredFolder folder, const std::string& name);
 
     // Adds the file or replaces what was known of it. [owner]
-    void Store(const std::string& folder, const std::string& name, const FileFacts& facts);
+    void Store(StoredFolder folder, const std::string& name, const FileFacts& facts);
 
     // Up to `limit` files below `folder` with ids above `after`, in the order of ids. [owner]
-    [[nodiscard]] std::vector<StoredFile> FilesBelow(const std::string& folder, long long after, int limit);
+    [[nodiscard]] std::vector<StoredFile> FilesBelow(StoredFolder folder, long long after, int limit);
 
     // How many files it holds below `folder`. [owner]
-    [[nodiscard]] std::uint64_t CountBelow(const std::string& folder);
+    [[nodiscard]] std::uint64_t CountBelow(StoredFolder folder);
 
     // [owner]
     void Remove(long long id);
 
     // Removes the folders below `folder` that hold no file any more. [owner]
-    void RemoveEmptyFolders(const std::string& folder);
+    void RemoveEmptyFolders(StoredFolder folder);
 
 private:
     Command m_find;

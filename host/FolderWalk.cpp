@@ -25,8 +25,8 @@ const char* SpecialName(mode_t mode)
 }
 } // namespace
 
-FolderWalk::FolderWalk(const std::string& folder, Links links, ProblemFunction onProblem)
-    : m_links(links), m_onProblem(std::move(onProblem))
+FolderWalk::FolderWalk(const std::string& folder, Links links, const PassedFolders& passed, ProblemFunction onProblem)
+    : m_links(links), m_passed(passed), m_onProblem(std::move(onProblem))
 {
     if (const int error = Enter(folder.ends_with('/') ? folder : folder + '/'); error != 0)
         ThrowSystemError("cannot read the folder", folder, error);
@@ -97,6 +97,14 @@ bool FolderWalk::EnterNext()
     return true;
 }
 
+void FolderWalk::AddFolder(std::string folder)
+{
+    if (const auto passed = m_passed.find(folder); passed != m_passed.end())
+        m_onProblem(folder, "passed over: " + passed->second);
+    else
+        m_pending.push_back(std::move(folder));
+}
+
 std::optional<WalkedFile> FolderWalk::Look(const char* name)
 {
     struct stat status = {};
@@ -105,7 +113,7 @@ std::optional<WalkedFile> FolderWalk::Look(const char* name)
     else if (fstatat(dirfd(m_directory.get()), name, &status, AT_SYMLINK_NOFOLLOW) != 0)
         m_onProblem(m_folder + name, SystemReason(errno));
     else if (S_ISDIR(status.st_mode))
-        m_pending.push_back(m_folder + name + '/');
+        AddFolder(m_folder + name + '/');
     else if (S_ISLNK(status.st_mode))
         return LookThrough(name);
     else

@@ -1,6 +1,6 @@
 // Walks a folder and all folders below it, file by file.
 //
-//     FolderWalk walk(folder, FolderWalk::Links::Pass, [](std::string path, std::string reason) { ... });
+//     FolderWalk walk(folder, FolderWalk::Links::Pass, {}, [](std::string path, std::string reason) { ... });
 //     while (std::optional<WalkedFile> file = walk.Next())
 //         Look(file->folder + file->name, file->stamp);
 //
@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -47,8 +48,12 @@ public:
     // The path as the system gives it, which need not be UTF-8, and why it was passed over.
     using ProblemFunction = std::function<void(const std::string& path, const std::string& reason)>;
 
-    // `folder` is absolute and without links. Throws HostError when it cannot be read. [owner]
-    FolderWalk(const std::string& folder, Links links, ProblemFunction onProblem);
+    // Folders that are not entered, with a "/" at their ends, and the reasons, which are told as problems.
+    using PassedFolders = std::map<std::string, std::string>;
+
+    // `folder` is absolute and without links; `passed` outlives the walk. Throws HostError when the folder cannot be
+    // read. [owner]
+    FolderWalk(const std::string& folder, Links links, const PassedFolders& passed, ProblemFunction onProblem);
 
     // The next file, or nothing at the end. [owner]
     [[nodiscard]] std::optional<WalkedFile> Next();
@@ -65,12 +70,14 @@ private:
 
     int Enter(std::string folder);
     bool EnterNext();
+    void AddFolder(std::string folder);
     std::optional<WalkedFile> Look(const char* name);
     std::optional<WalkedFile> LookAt(const char* name, const struct stat& status);
     std::optional<WalkedFile> LookThrough(const char* name);
     [[nodiscard]] bool IsInside(const struct stat& folder) const;
 
     Links m_links;
+    const PassedFolders& m_passed;
     ProblemFunction m_onProblem;
     std::unique_ptr<DIR, DirectoryCloser> m_directory;
     std::string m_folder; // that m_directory reads, with a "/" at its end

@@ -14,6 +14,7 @@
 #include <host/Catalog.h>
 #include <host/HostError.h>
 #include <host/ImportPipeline.h>
+#include <host/ImportScope.h>
 #include <host/Interrupt.h>
 #include <host/PrintableText.h>
 
@@ -36,21 +37,6 @@ constexpr std::uintmax_t kNoSpace = 1000000; // bytes that are left on a full di
 unsigned long long Number(std::uint64_t number)
 {
     return number;
-}
-
-// The folder's one path: absolute and without links, so that a second import finds what the first one stored.
-std::string FolderPath(const std::string& folder)
-{
-    constexpr std::string_view kAction = "cannot import the folder";
-    std::error_code error;
-    const auto path = std::filesystem::canonical(folder, error);
-    if (error)
-        throw HostError(kAction, folder, error.message());
-    if (!std::filesystem::is_directory(path))
-        throw HostError(kAction, folder, "it is not a folder");
-    if (!IsUTF8(path.string()))
-        throw HostError(kAction, PrintableText(folder), "its path is not valid UTF-8");
-    return path.string();
 }
 
 Catalog OpenCatalog(const std::string& file)
@@ -106,18 +92,18 @@ void PrintProblems(const ImportReport& report)
 
 void Import(const Options& options)
 {
-    const std::string folder = FolderPath(options.folder);
+    const ImportScope scope = ScopeOfImport(options.folder);
     const std::string file = options.catalog.empty() ? Catalog::DefaultFile() : options.catalog;
     const Interrupt interrupt;
     Catalog catalog = OpenCatalog(file);
     Progress progress("files");
-    ImportPipeline pipeline(catalog, folder, options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass,
+    ImportPipeline pipeline(catalog, scope, options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass,
                             options.jobs, progress);
 
     const auto start = Clock::now();
     const ImportReport report = RunImport(pipeline, catalog.GetDatabase().File());
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    PrintReport(report, folder, catalog.GetDatabase().File(), seconds);
+    PrintReport(report, scope.folder, catalog.GetDatabase().File(), seconds);
     PrintProblems(report);
     if (report.interrupted)
     {

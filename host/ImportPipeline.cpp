@@ -101,9 +101,9 @@ private:
     bool m_posted = false;
 };
 
-ImportPipeline::ImportPipeline(Catalog& catalog, std::string folder, FolderWalk::Links links, unsigned readers,
+ImportPipeline::ImportPipeline(Catalog& catalog, ImportScope scope, FolderWalk::Links links, unsigned readers,
                                Progress& progress)
-    : m_catalog(catalog), m_folder(std::move(folder)), m_links(links), m_progress(progress),
+    : m_catalog(catalog), m_scope(std::move(scope)), m_links(links), m_progress(progress),
       m_spManager(new Halyon::CHynThreadManager), m_spWriter(new CHynWorkerThread(65535, "writer"))
 {
     const auto onWriter = [this](std::uint32_t event, FunctionHandler::Function function)
@@ -153,7 +153,7 @@ void ImportPipeline::CountFiles()
     std::uint64_t total = 0;
     if (m_progress.WantsTotal())
     {
-        FolderWalk walk(m_folder, m_links, [](const std::string&, const std::string&) {});
+        FolderWalk walk(m_scope.folder, m_links, m_scope.passed, [](const std::string&, const std::string&) {});
         while (!Interrupt::Requested() && walk.Next())
             ++total;
     }
@@ -205,7 +205,7 @@ void ImportPipeline::OnBegin()
     OnWriter(
         [this]
         {
-            m_importer = std::make_unique<Importer>(m_catalog, m_folder, m_links, m_progress,
+            m_importer = std::make_unique<Importer>(m_catalog, m_scope, m_links, m_progress,
                                                     [this](const FileJobPtr& spJob) { HandOut(spJob); });
             m_importer->Start();
         });

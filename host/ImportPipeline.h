@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include <halyon/thread/CHynThreadManager.h>
@@ -25,7 +24,7 @@ class ImportPipeline
 {
 public:
     // `readers`: how many threads read, at least 1.
-    ImportPipeline(Catalog& catalog, std::string folder, FolderWalk::Links links, unsigned readers, Progress& progress);
+    ImportPipeline(Catalog& catalog, ImportScope scope, FolderWalk::Links links, unsigned readers, Progress& progress);
     ~ImportPipeline();
     ImportPipeline(const ImportPipeline&) = delete;
     ImportPipeline& operator=(const ImportPipeline&) = delete;
@@ -50,7 +49,7 @@ private:
     void OnWriter(Work work) noexcept;
 
     Catalog& m_catalog;
-    std::string m_folder;
+    ImportScope m_scope;
     FolderWalk::Links m_links;
     Progress& m_progress;
     Halyon::CHynAutoPtr<Halyon::CHynThreadManager> m_spManager;

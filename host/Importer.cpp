@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <host/BusyNotice.h>
+#include <host/CatalogVolumes.h>
 #include <host/Interrupt.h>
 
 namespace HynHost
@@ -31,22 +32,68 @@ bool IsGone(const std::string& path)
 }
 } // namespace
 
-Importer::Importer(Catalog& catalog, std::string folder, FolderWalk::Links links, Progress& progress,
+Importer::Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, Progress& progress,
                    std::function<void(const FileJobPtr&)> handOut)
     : m_catalog(catalog), m_files(catalog),
-      m_catalogFile(std::filesystem::canonical(catalog.GetDatabase().File()).string()), m_folder(std::move(folder)),
-      m_progress(progress), m_handOut(std::move(handOut)),
-      m_walk(m_folder, links, [this](const std::string& path, const std::string& reason) { AddProblem(path, reason); }),
+      m_catalogFile(std::filesystem::canonical(catalog.GetDatabase().File()).string()), m_progress(progress),
+      m_handOut(std::move(handOut)),
+      m_walk(scope.folder, links, scope.passed,
+             [this](const std::string& path, const std::string& reason) { AddProblem(path, reason); }),
       m_storeAt(Clock::now() + kBatchTime)
 {
-    if (!m_folder.ends_with('/'))
-        m_folder += '/';
+    for (const Volume& volume : scope.volumes)
+        m_parts.push_back({volume, 0, "/"});
+    const std::string top = scope.folder.substr(m_parts.front().volume.mount.size());
+    m_parts.front().top = top.ends_with('/') ? top : top + '/';
     m_read.reserve(kBatchFiles);
 }
 
 void Importer::Start()
 {
+    EnterVolumes();
     HandOutMore();
+}
+
+// Volumes that are where they were cost no write.
+void Importer::EnterVolumes()
+{
+    Database& database = m_catalog.GetDatabase();
+    const auto findAll = [&]
+    {
+        const Transaction transaction = Begin(Transaction::Kind::Read);
+        return std::ranges::all_of(m_parts,
+                                   [&](Part& part)
+                                   {
+                                       const auto id = FindVolume(database, part.volume);
+                                       part.id = id.value_or(0);
+                                       return id.has_value();
+                                   });
+    };
+    if (findAll())
+        return;
+    Transaction transaction = Begin(Transaction::Kind::Exclusive);
+    for (Part& part : m_parts)
+        part.id = EnterVolume(database, part.volume);
+    transaction.Commit();
+}
+
+// Where a folder lies. The first volume holds all that no other does; inner ones follow outer ones.
+const Importer::Part& Importer::PartOf(const std::string& folder) const
+{
+    for (std::size_t i = m_parts.size() - 1; i > 0; --i)
+    {
+        const std::string& mount = m_parts[i].volume.mount;
+        if (folder.starts_with(mount) && folder[mount.size()] == '/')
+            return m_parts[i];
+    }
+    return m_parts.front();
+}
+
+// A folder as the catalogue keeps it; `folder` has a "/" at its end and outlives the result.
+StoredFolder Importer::Place(const std::string& folder) const
+{
+    const Part& part = PartOf(folder);
+    return {part.id, std::string_view(folder).substr(part.volume.mount.size())};
 }
 
 void Importer::TakeBack(FileJobPtr spJob)
@@ -110,7 +157,12 @@ void Importer::LookUp(const Jobs& jobs)
 {
     Transaction transaction = Begin(Transaction::Kind::Read);
     for (const FileJobPtr& spJob : jobs)
-        spJob->value.known = m_files.Find(spJob->value.file.folder, spJob->value.file.name);
+    {
+        FileJob& job = spJob->value;
+        job.known = m_files.Find(Place(job.file.folder), job.file.name);
+        if (job.known && !PartOf(job.file.folder).volume.keepsInodes)
+            job.known->stamp.inode = job.file.stamp.inode;
+    }
     transaction.Commit();
 }
 
@@ -128,7 +180,7 @@ void Importer::StoreRead()
         {
             const FileJob& job = spJob->value;
             if (job.facts.wasRead)
-                m_files.Store(job.file.folder, job.file.name, job.facts);
+                m_files.Store(Place(job.file.folder), job.file.name, job.facts);
         }
         transaction.Commit();
     }
@@ -170,8 +222,32 @@ void Importer::Settle(const FileJob& item)
         ++m_report.unchanged;
 }
 
-// Asks the file system about every file that the catalogue holds below the folder, page by page.
+// Removes what has gone from the catalogue.
 void Importer::RemoveGone()
+{
+    std::uint64_t held = 0;
+    {
+        Transaction transaction = Begin(Transaction::Kind::Read);
+        for (const Part& part : m_parts)
+            held += m_files.CountBelow({part.id, part.top});
+        transaction.Commit();
+    }
+    if (held == m_inCatalog)
+        return; // what was found is all that there is
+    bool removed = false;
+    for (const Part& part : m_parts)
+        removed = RemoveGone(part) || removed;
+    if (!removed)
+        return;
+    Transaction transaction = Begin(Transaction::Kind::Exclusive);
+    for (const Part& part : m_parts)
+        m_files.RemoveEmptyFolders({part.id, part.top});
+    transaction.Commit();
+}
+
+// Asks the file system about every file that the catalogue holds of a volume, page by page. Returns whether any had
+// gone.
+bool Importer::RemoveGone(const Part& part)
 {
     constexpr int kPage = 512;
     bool removed = false;
@@ -179,22 +255,16 @@ void Importer::RemoveGone()
     while (!Interrupt::Requested())
     {
         Transaction transaction = Begin(Transaction::Kind::Read);
-        if (after == 0 && m_files.CountBelow(m_folder) == m_inCatalog)
-            return; // what was found is all that there is
-        auto files = m_files.FilesBelow(m_folder, after, kPage);
+        auto files = m_files.FilesBelow({part.id, part.top}, after, kPage);
         transaction.Commit();
         if (files.empty())
             break;
         after = files.back().id;
-        std::erase_if(files, [](const StoredFile& file) { return !IsGone(file.path); });
+        std::erase_if(files, [&part](const StoredFile& file) { return !IsGone(part.volume.mount + file.path); });
         RemoveFiles(files);
         removed = removed || !files.empty();
     }
-    if (!removed)
-        return;
-    Transaction transaction = Begin(Transaction::Kind::Exclusive);
-    m_files.RemoveEmptyFolders(m_folder);
-    transaction.Commit();
+    return removed;
 }
 
 void Importer::RemoveFiles(const std::vector<StoredFile>& files)

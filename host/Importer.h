@@ -5,7 +5,7 @@
 // stored some hundreds at a time, in one exclusive transaction each: an interrupted import loses nothing that it has
 // counted as done. Memory does not grow with the folder.
 //
-//     Importer importer(catalog, folder, links, progress, handOut);
+//     Importer importer(catalog, scope, links, progress, handOut);
 //     importer.Start();                      // hands out the first jobs
 //     ... TakeBack(job) for each that is read, in any order, until IsDone() ...
 //
@@ -24,6 +24,7 @@
 #include <host/CatalogFiles.h>
 #include <host/Events.h>
 #include <host/FolderWalk.h>
+#include <host/ImportScope.h>
 #include <host/Progress.h>
 
 namespace HynHost
@@ -67,14 +68,14 @@ public:
     // So many jobs are handed out and not back at most: what a reader's queue must hold.
     static constexpr std::size_t kMostJobs = 1024;
 
-    // `folder` is absolute and without links. `handOut` sends a job to a reader. Throws HostError when the folder
-    // cannot be read.
-    Importer(Catalog& catalog, std::string folder, FolderWalk::Links links, Progress& progress,
+    // `scope` outlives the importer. `handOut` sends a job to a reader. Throws HostError when the folder cannot be
+    // read.
+    Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, Progress& progress,
              std::function<void(const FileJobPtr&)> handOut);
 
     // All throw HostError or DatabaseError. [owner]
 
-    // Hands out the first jobs. An import without any is done at once.
+    // Enters the volumes in the catalogue and hands out the first jobs. An import without any is done at once.
     void Start();
     // Takes a job that was read, and hands out others.
     void TakeBack(FileJobPtr spJob);
@@ -90,6 +91,17 @@ private:
     using Clock = std::chrono::steady_clock;
     using Jobs = std::vector<FileJobPtr>;
 
+    // A volume of the import.
+    struct Part
+    {
+        const Volume& volume;
+        long long id = 0;
+        std::string top; // what is imported of it: a path on the volume, with a "/" at its end
+    };
+
+    void EnterVolumes();
+    [[nodiscard]] const Part& PartOf(const std::string& folder) const;
+    [[nodiscard]] StoredFolder Place(const std::string& folder) const;
     void HandOutMore();
     [[nodiscard]] Jobs FindSome();
     void LookUp(const Jobs& jobs);
@@ -97,6 +109,7 @@ private:
     void Settle(const FileJob& job);
     void Finish();
     void RemoveGone();
+    [[nodiscard]] bool RemoveGone(const Part& part);
     void RemoveFiles(const std::vector<StoredFile>& files);
     void AddProblem(const std::string& path, const std::string& reason);
     [[nodiscard]] bool IsCatalog(const WalkedFile& file) const;
@@ -105,7 +118,7 @@ private:
     Catalog& m_catalog;
     CatalogFiles m_files;
     std::string m_catalogFile; // the path as the walk gives it
-    std::string m_folder;      // with a "/" at its end
+    std::vector<Part> m_parts;
     Progress& m_progress;
     std::function<void(const FileJobPtr&)> m_handOut;
     FolderWalk m_walk;

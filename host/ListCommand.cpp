@@ -8,6 +8,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,7 @@
 
 #include <halyon/tools/CHynPubTools.h>
 #include <host/Catalog.h>
+#include <host/CatalogVolumes.h>
 #include <host/Terminal.h>
 #include <host/TextTable.h>
 
@@ -47,6 +49,7 @@ struct Medium
     std::int32_t height = 0;
     std::int32_t rating = -1; // -1: none
     bool problem = false;
+    bool absent = false; // its volume is not mounted now
 };
 
 // What is counted over the files of a group, or over all. They come with the latest first.
@@ -64,11 +67,13 @@ struct Totals
         ++files;
         bytes += medium.size;
         problems += medium.problem ? 1 : 0;
+        absent += medium.absent ? 1 : 0;
     }
 
     long long files = 0;
     long long bytes = 0;
     long long problems = 0;
+    long long absent = 0;
     FILETIME first{}; // by the moment taken
     FILETIME last{};
     long long largestSize = 0;
@@ -113,11 +118,49 @@ std::string Weekday(const FILETIME& moment)
                                                 static_cast<std::uint16_t>(day)));
 }
 
+// Where the catalogue's volumes are now.
+class VolumePlaces
+{
+public:
+    explicit VolumePlaces(Database& database)
+    {
+        const MountedVolumes mounted;
+        for (StoredVolume& volume : StoredVolumes(database))
+        {
+            Place place{std::move(volume.mount), std::nullopt};
+            place.now = volume.identity.empty() ? place.stored : mounted.MountOf(volume.identity);
+            m_places.emplace(volume.id, std::move(place));
+        }
+    }
+
+    // Puts right where a medium lies whose paths are those of its last import.
+    void Correct(long long volume, Medium& medium) const
+    {
+        const auto at = m_places.find(volume);
+        medium.absent = at != m_places.end() && !at->second.now;
+        if (at == m_places.end() || medium.absent || *at->second.now == at->second.stored)
+            return;
+        for (std::string* path : {&medium.path, &medium.folder})
+            path->replace(0, at->second.stored.size(), *at->second.now);
+        if (medium.folder.ends_with('/') && medium.folder.size() > 1) // it was the root folder
+            medium.folder.pop_back();
+    }
+
+private:
+    struct Place
+    {
+        std::string stored;
+        std::optional<std::string> now;
+    };
+    std::map<long long, Place> m_places;
+};
+
 template <class Visit>
 void ForEachMedium(Catalog& catalog, Visit visit)
 {
+    const VolumePlaces places(catalog.GetDatabase());
     RecordSet rows = catalog.GetDatabase().Query(u"SELECT path, folder, kind, size, taken, width, height,"
-                                                 u" ifnull(rating, -1), problem IS NOT NULL"
+                                                 u" ifnull(rating, -1), problem IS NOT NULL, volume"
                                                  u" FROM media ORDER BY taken DESC, path");
     Medium medium;
     for (; !rows.AtEnd(); rows.Next())
@@ -131,6 +174,7 @@ void ForEachMedium(Catalog& catalog, Visit visit)
         medium.height = rows.Get<std::int32_t>(6);
         medium.rating = rows.Get<std::int32_t>(7);
         medium.problem = rows.Get<std::int32_t>(8) != 0;
+        places.Correct(rows.Get<long long>(9), medium);
         visit(medium);
     }
 }
@@ -143,6 +187,9 @@ void Print(const TextTable& table, const Totals& all, std::size_t shown, std::si
                     noun);
     if (all.problems != 0)
         std::printf("%s of these files could not be read wholly.\n", Number(all.problems).c_str());
+    if (all.absent != 0)
+        std::printf("%s of these files are on a disk that is not here now; their paths are those of its last import.\n",
+                    Number(all.absent).c_str());
 }
 
 // --- one line a file -------------------------------------------------------------------------------------------------

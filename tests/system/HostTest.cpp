@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <halyon/tools/CHynPathHelper.h>
+
 namespace HalyonTest
 {
 namespace
@@ -19,15 +21,12 @@ void SetModified(const std::filesystem::path& file, time_t seconds)
         throw std::runtime_error("cannot date " + file.string());
 }
 
-// In memory where there is room, for what is written is written to be thrown away.
+// Where a user's files may lie: a volume in memory, which the folder for temporary files is on many machines, is none.
 std::filesystem::path TemporaryFolder()
 {
-    constexpr std::uintmax_t kRoom = 1024UL * 1024 * 1024;
-    const std::filesystem::path memory = "/dev/shm";
-    std::error_code error;
-    const auto space = std::filesystem::space(memory, error);
-    const bool fits = !error && space.available > kRoom && access(memory.c_str(), W_OK) == 0;
-    return fits ? memory : std::filesystem::temp_directory_path();
+    const auto folder = std::filesystem::temp_directory_path();
+    const bool valid = Halyon::CHynPathHelper::IsValidScanFolder(CTovStringW::FromUTF8(folder.string()));
+    return valid ? folder : std::filesystem::current_path();
 }
 } // namespace
 
