@@ -44,6 +44,7 @@ TEST(BiasedLock, KeepsEachOwnerAndOthersApart)
     Guarded guarded;
     {
         std::vector<std::jthread> others;
+        others.reserve(kOthers);
         for (int other = 0; other < kOthers; ++other)
             others.emplace_back([&] { repeat(guarded, kOtherSteps); });
         for (int owner = 0; owner < kOwners; ++owner)
