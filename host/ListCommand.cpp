@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <concepts>
 #include <cstddef>
 #include <cstdio>
 #include <limits>
@@ -20,6 +19,7 @@
 #include <halyon/tools/CHynPubTools.h>
 #include <host/Catalog.h>
 #include <host/CatalogVolumes.h>
+#include <host/NumberText.h>
 #include <host/Terminal.h>
 #include <host/TextTable.h>
 
@@ -79,16 +79,6 @@ struct Totals
     long long largestSize = 0;
     std::string largestPath;
 };
-
-// 1234567 as 1,234,567.
-template <std::integral Integer>
-std::string Number(Integer value)
-{
-    std::string text = std::to_string(value);
-    for (auto at = static_cast<std::ptrdiff_t>(text.size()) - 3; at > 0; at -= 3)
-        text.insert(static_cast<std::size_t>(at), 1, ',');
-    return text;
-}
 
 std::string LocalText(const char16_t* format, const FILETIME& moment)
 {
@@ -183,13 +173,13 @@ void Print(const TextTable& table, const Totals& all, std::size_t shown, std::si
 {
     std::fputs(table.Text(TerminalWidth(STDOUT_FILENO)).c_str(), stdout);
     if (shown < count)
-        std::printf("%s of %s %s are shown; the total counts all.\n", Number(shown).c_str(), Number(count).c_str(),
-                    noun);
+        std::printf("%s of %s %s are shown; the total counts all.\n", NumberText(shown).c_str(),
+                    NumberText(count).c_str(), noun);
     if (all.problems != 0)
-        std::printf("%s of these files could not be read wholly.\n", Number(all.problems).c_str());
+        std::printf("%s of these files could not be read wholly.\n", NumberText(all.problems).c_str());
     if (all.absent != 0)
         std::printf("%s of these files are on a disk that is not here now; their paths are those of its last import.\n",
-                    Number(all.absent).c_str());
+                    NumberText(all.absent).c_str());
 }
 
 // --- one line a file -------------------------------------------------------------------------------------------------
@@ -221,10 +211,10 @@ void ListFiles(Catalog& catalog, std::size_t limit)
                       all.Add(medium);
                       if (std::cmp_less_equal(all.files, limit))
                           table.AddRow({LocalDay(medium.taken) + " " + LocalTime(medium.taken), medium.kind,
-                                        Number(medium.size), Pixels(medium), Stars(medium), medium.path});
+                                        NumberText(medium.size), Pixels(medium), Stars(medium), medium.path});
                   });
     table.AddRule();
-    table.AddRow({"Total " + Number(all.files) + (all.files == 1 ? " file" : " files"), "", Number(all.bytes)});
+    table.AddRow({"Total " + NumberText(all.files) + (all.files == 1 ? " file" : " files"), "", NumberText(all.bytes)});
     const auto count = static_cast<std::size_t>(all.files);
     Print(table, all, std::min(limit, count), count, "files");
 }
@@ -262,7 +252,7 @@ void ListGroups(Catalog& catalog, std::size_t limit, Grouping<Key> grouping)
         ++shown;
     }
     table.AddRule();
-    table.AddRow({"Total", Number(all.files), Number(all.bytes)});
+    table.AddRow({"Total", NumberText(all.files), NumberText(all.bytes)});
     Print(table, all, shown, groups.size(), grouping.noun);
 }
 
@@ -275,21 +265,21 @@ Grouping<std::int64_t> ByDay()
             },
             [](const std::int64_t&, const Totals& totals) -> std::vector<std::string>
             {
-                return {LocalDay(totals.first) + " " + Weekday(totals.first), Number(totals.files),
-                        Number(totals.bytes), LocalTime(totals.first), LocalTime(totals.last)};
+                return {LocalDay(totals.first) + " " + Weekday(totals.first), NumberText(totals.files),
+                        NumberText(totals.bytes), LocalTime(totals.first), LocalTime(totals.last)};
             }};
 }
 
 Grouping<std::string> ByFolder()
 {
-    return {
-        "folders",
-        {{"Folder", Align::Left, true}, {"Files", Align::Right}, {"Bytes", Align::Right}, {"From"}, {"To"}},
-        [](const Medium& medium) { return medium.folder; },
-        [](const std::string& folder, const Totals& totals) -> std::vector<std::string>
-        {
-            return {folder, Number(totals.files), Number(totals.bytes), LocalDay(totals.first), LocalDay(totals.last)};
-        }};
+    return {"folders",
+            {{"Folder", Align::Left, true}, {"Files", Align::Right}, {"Bytes", Align::Right}, {"From"}, {"To"}},
+            [](const Medium& medium) { return medium.folder; },
+            [](const std::string& folder, const Totals& totals) -> std::vector<std::string>
+            {
+                return {folder, NumberText(totals.files), NumberText(totals.bytes), LocalDay(totals.first),
+                        LocalDay(totals.last)};
+            }};
 }
 
 Grouping<std::string> ByKind()
@@ -299,7 +289,7 @@ Grouping<std::string> ByKind()
             [](const Medium& medium) { return medium.kind; },
             [](const std::string& kind, const Totals& totals) -> std::vector<std::string>
             {
-                return {kind, Number(totals.files), Number(totals.bytes), totals.largestPath};
+                return {kind, NumberText(totals.files), NumberText(totals.bytes), totals.largestPath};
             }};
 }
 
@@ -317,8 +307,8 @@ Grouping<long long> BySize()
             },
             [](const long long& from, const Totals& totals) -> std::vector<std::string>
             {
-                return {from == 0 ? "below " + Number(1000) : "from " + Number(from), Number(totals.files),
-                        Number(totals.bytes), totals.largestPath};
+                return {from == 0 ? "below " + NumberText(1000) : "from " + NumberText(from), NumberText(totals.files),
+                        NumberText(totals.bytes), totals.largestPath};
             }};
 }
 

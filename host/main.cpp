@@ -11,8 +11,11 @@
 #include <halyon/framework/HynVersion.h>
 #include <host/HostError.h>
 #include <host/ImportCommand.h>
+#include <host/InfoCommand.h>
 #include <host/ListCommand.h>
+#include <host/OpenCommand.h>
 #include <host/SqlCommand.h>
+#include <host/TrashCommand.h>
 
 namespace
 {
@@ -23,6 +26,9 @@ int Run(int argc, char** argv)
     app.require_subcommand(1);
     HynHost::AddImportCommand(app);
     HynHost::AddListCommand(app);
+    HynHost::AddInfoCommand(app);
+    HynHost::AddOpenCommand(app);
+    HynHost::AddTrashCommand(app);
     HynHost::AddSqlCommand(app);
     try
     {

@@ -18,7 +18,7 @@ TEST_F(ManPageTest, NamesEveryOptionOfEverySubcommand)
     std::ifstream file(HALYON_MAN_PAGE);
     std::string page(std::istreambuf_iterator<char>(file), {});
     std::erase(page, '\\');
-    for (const std::string subcommand : {"import", "list", "sql"})
+    for (const std::string subcommand : {"import", "list", "info", "open", "trash", "sql"})
     {
         const std::string help = Host({subcommand, "--help"}).out;
         const std::regex option("--[a-z-]+");
