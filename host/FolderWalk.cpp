@@ -99,10 +99,11 @@ bool FolderWalk::EnterNext()
 
 void FolderWalk::AddFolder(std::string folder)
 {
-    if (const auto passed = m_passed.find(folder); passed != m_passed.end())
-        m_onProblem(folder, "passed over: " + passed->second);
-    else
+    const auto passed = m_passed.find(folder);
+    if (passed == m_passed.end())
         m_pending.push_back(std::move(folder));
+    else if (!passed->second.empty())
+        m_onProblem(folder, "passed over: " + passed->second);
 }
 
 std::optional<WalkedFile> FolderWalk::Look(const char* name)

@@ -48,7 +48,7 @@ public:
     // The path as the system gives it, which need not be UTF-8, and why it was passed over.
     using ProblemFunction = std::function<void(const std::string& path, const std::string& reason)>;
 
-    // Folders that are not entered, with a "/" at their ends, and the reasons, which are told as problems.
+    // Folders that are not entered, with a "/" at their ends, and the reasons, which are told as problems unless empty.
     using PassedFolders = std::map<std::string, std::string>;
 
     // `folder` is absolute and without links; `passed` outlives the walk. Throws HostError when the folder cannot be

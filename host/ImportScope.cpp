@@ -5,6 +5,8 @@
 #include <optional>
 #include <utility>
 
+#include <unistd.h>
+
 #include <halyon/platform/FileManager.h>
 #include <halyon/platform/TovPCMac.h>
 #include <halyon/tools/CHynPathHelper.h>
@@ -110,6 +112,16 @@ void PassSystemFolders(ImportScope& scope)
     }
 }
 
+// What lies in a volume's trash is no longer part of it: a user who has moved a picture there does not miss it.
+void PassTrash(ImportScope& scope)
+{
+    for (const Volume& volume : scope.volumes)
+    {
+        scope.passed.emplace(volume.mount + "/.Trash/", "");
+        scope.passed.emplace(volume.mount + "/.Trash-" + std::to_string(geteuid()) + '/', "");
+    }
+}
+
 // Mounts on single files and below others are no volumes that a walk meets.
 void AddVolumesBelow(ImportScope& scope, const MountedVolumes& mounted)
 {
@@ -134,6 +146,7 @@ ImportScope ScopeOfImport(const std::string& folder)
     scope.volumes.push_back(mounted.At(CHynPathHelper::GetPathDriver(CTovStringW::FromUTF8(scope.folder)).ToUTF8()));
     AddVolumesBelow(scope, mounted);
     PassSystemFolders(scope);
+    PassTrash(scope);
     return scope;
 }
 } // namespace HynHost
