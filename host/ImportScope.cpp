@@ -72,7 +72,8 @@ std::optional<std::string> WhyNotSearched(const std::string& folder)
     if (LiesIn(path, UserLibrary()))
         return "programs keep their own data there";
     if (LiesIn(path, KnownFolder(Halyon::kLocalDomain, Halyon::kUsersFolderType)))
-        return "it holds the homes of other users, or is one; only your own home may be imported";
+        return "it is or holds the home of another user; yours is " +
+               KnownFolder(Halyon::kLocalDomain, Halyon::kCurrentUserFolderType);
     return "it belongs to the system";
 }
 

@@ -68,7 +68,7 @@ TEST_F(VolumeTest, FoldersThatMayNotBeSearchedAreRefusedInPlainWords)
     } cases[] = {
         {"/usr/share", "it belongs to the system"},
         {"/var/tmp", "it belongs to the system"},
-        {"/home", "it holds the homes of other users"},
+        {"/home", "it is or holds the home of another user; yours is " + Path("").parent_path().string()},
         {"/proc", "the volume at /proc is no disk"},
         {"/dev/shm", "the volume at /dev/shm is kept in memory"},
         {Path("data/sub").string(), "programs keep their own data there"},
