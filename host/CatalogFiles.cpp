@@ -4,15 +4,17 @@ namespace HynHost
 {
 namespace
 {
-constexpr const char16_t* kFind = u"SELECT size, mtime_ns, inode, kind IS NOT NULL, problem FROM file"
-                                  u" WHERE folder = (SELECT id FROM folder WHERE volume = ? AND path = ?) AND name = ?";
+constexpr const char16_t* kFindFolder = u"SELECT id FROM folder WHERE volume = ? AND path = ?";
 
-constexpr const char16_t* kAddFolder = u"INSERT OR IGNORE INTO folder (volume, path) VALUES (?, ?)";
+constexpr const char16_t* kFind =
+    u"SELECT size, mtime_ns, inode, kind IS NOT NULL, problem FROM file WHERE folder = ? AND name = ?";
+
+constexpr const char16_t* kAddFolder = u"INSERT INTO folder (volume, path) VALUES (?, ?)";
 
 // NULL cannot be bound through the interface, so a value that cannot occur stands for it.
 constexpr const char16_t* kStore =
     u"INSERT INTO file (folder, name, size, mtime_ns, inode, kind, taken, width, height, rating, problem)"
-    u" VALUES ((SELECT id FROM folder WHERE volume = ? AND path = ?), ?, ?, ?, ?, NULLIF(?, ''), ?, NULLIF(?, 0), "
+    u" VALUES (?, ?, ?, ?, ?, NULLIF(?, ''), ?, NULLIF(?, 0), "
     u"NULLIF(?, 0),"
     u" NULLIF(?, -1), NULLIF(?, ''))"
     u" ON CONFLICT (folder, name) DO UPDATE SET size = excluded.size, mtime_ns = excluded.mtime_ns,"
@@ -47,16 +49,41 @@ Command& BindRange(Command& command, StoredFolder folder)
 } // namespace
 
 CatalogFiles::CatalogFiles(Catalog& catalog)
-    : m_find(catalog.GetDatabase().Prepare(kFind)), m_addFolder(catalog.GetDatabase().Prepare(kAddFolder)),
-      m_store(catalog.GetDatabase().Prepare(kStore)), m_countBelow(catalog.GetDatabase().Prepare(kCountBelow)),
+    : m_findFolder(catalog.GetDatabase().Prepare(kFindFolder)), m_find(catalog.GetDatabase().Prepare(kFind)),
+      m_addFolder(catalog.GetDatabase().Prepare(kAddFolder)), m_store(catalog.GetDatabase().Prepare(kStore)),
+      m_countBelow(catalog.GetDatabase().Prepare(kCountBelow)),
       m_filesBelow(catalog.GetDatabase().Prepare(kFilesBelow)), m_remove(catalog.GetDatabase().Prepare(kRemove)),
       m_removeEmptyFolders(catalog.GetDatabase().Prepare(kRemoveEmptyFolders))
 {
 }
 
+// The folder's id; 0 when the catalogue does not hold it.
+long long CatalogFiles::FindFolder(StoredFolder folder)
+{
+    if (!m_lastFolder || m_lastFolder->volume != folder.volume || m_lastFolder->path != folder.path)
+    {
+        const RecordSet rows = m_findFolder.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Open();
+        m_lastFolder = {rows.AtEnd() ? 0 : rows.Get<long long>(0), folder.volume, std::string(folder.path)};
+    }
+    return m_lastFolder->id;
+}
+
+long long CatalogFiles::AddFolder(StoredFolder folder)
+{
+    if (FindFolder(folder) == 0)
+    {
+        m_addFolder.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Execute();
+        m_lastFolder.reset();
+    }
+    return FindFolder(folder);
+}
+
 std::optional<KnownFile> CatalogFiles::Find(StoredFolder folder, const std::string& name)
 {
-    const RecordSet rows = m_find.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Bind(2, Wide(name)).Open();
+    const long long id = FindFolder(folder);
+    if (id == 0)
+        return std::nullopt;
+    const RecordSet rows = m_find.Bind(0, id).Bind(1, Wide(name)).Open();
     if (rows.AtEnd())
         return std::nullopt;
     const FileStamp stamp = {rows.Get<long long>(0), rows.Get<long long>(1), rows.Get<long long>(2)};
@@ -65,13 +92,11 @@ std::optional<KnownFile> CatalogFiles::Find(StoredFolder folder, const std::stri
 
 void CatalogFiles::Store(StoredFolder folder, const std::string& name, const FileFacts& facts)
 {
-    const CTovStringW path = Wide(folder.path);
-    m_addFolder.Bind(0, folder.volume).Bind(1, path).Execute();
-    m_store.Bind(0, folder.volume).Bind(1, path).Bind(2, Wide(name));
-    m_store.Bind(3, facts.stamp.size).Bind(4, facts.stamp.modifiedNs).Bind(5, facts.stamp.inode);
-    m_store.Bind(6, facts.kind ? Wide(MediaKindName(*facts.kind)) : CTovStringW()).Bind(7, facts.taken);
-    m_store.Bind(8, facts.width).Bind(9, facts.height).Bind(10, facts.rating.value_or(-1));
-    m_store.Bind(11, Wide(facts.problem)).Execute();
+    m_store.Bind(0, AddFolder(folder)).Bind(1, Wide(name));
+    m_store.Bind(2, facts.stamp.size).Bind(3, facts.stamp.modifiedNs).Bind(4, facts.stamp.inode);
+    m_store.Bind(5, facts.kind ? Wide(MediaKindName(*facts.kind)) : CTovStringW()).Bind(6, facts.taken);
+    m_store.Bind(7, facts.width).Bind(8, facts.height).Bind(9, facts.rating.value_or(-1));
+    m_store.Bind(10, Wide(facts.problem)).Execute();
 }
 
 std::vector<StoredFile> CatalogFiles::FilesBelow(StoredFolder folder, long long after, int limit)

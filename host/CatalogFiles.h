@@ -43,6 +43,10 @@ class CatalogFiles
 public:
     explicit CatalogFiles(Catalog& catalog);
 
+    // Forgets which folder was looked up last. At the start of each transaction: between two, another program may have
+    // removed it. [owner]
+    void BeginTransaction() noexcept { m_lastFolder.reset(); }
+
     // [owner]
     [[nodiscard]] std::optional<KnownFile> Find(StoredFolder folder, const std::string& name);
 
@@ -62,6 +66,19 @@ public:
     void RemoveEmptyFolders(StoredFolder folder);
 
 private:
+    // Files come folder by folder.
+    struct KnownFolder
+    {
+        long long id = 0; // 0: the catalogue holds none
+        long long volume = 0;
+        std::string path;
+    };
+
+    long long FindFolder(StoredFolder folder);
+    long long AddFolder(StoredFolder folder);
+
+    std::optional<KnownFolder> m_lastFolder;
+    Command m_findFolder;
     Command m_find;
     Command m_addFolder;
     Command m_store;

@@ -302,6 +302,7 @@ Transaction Importer::Begin(Transaction::Kind kind)
             std::fputs("hynhost: waiting for the catalogue: another program is using it\n", stderr);
         },
         [this] { TellInterrupted(m_report, m_progress); });
+    m_files.BeginTransaction();
     return Transaction(m_catalog.GetDatabase(), kind);
 }
 
