@@ -11,14 +11,6 @@
 
 using namespace Halyon;
 
-namespace
-{
-std::size_t UnitsBetween(const char16_t* from, const TextStep* to) noexcept
-{
-    return static_cast<std::size_t>(reinterpret_cast<const char16_t*>(to) - from);
-}
-} // namespace
-
 namespace Halyon
 {
 // Whole aligned blocks are read, each with at least one unit of the text inside. Such a block never crosses a page, so
@@ -52,7 +44,7 @@ __attribute__((no_sanitize("address", "thread", "undefined"))) std::size_t Count
 }
 } // namespace Halyon
 
-// As CountUnits does it, two blocks at a time: a pair of them at an even place lies in one page too.
+// As CountUnits does it, without a limit to look at.
 __attribute__((no_sanitize("address", "thread", "undefined"))) std::size_t tov_wcslen(const char16_t* psz) noexcept
 {
     const auto address = reinterpret_cast<std::uintptr_t>(psz);
@@ -63,20 +55,10 @@ __attribute__((no_sanitize("address", "thread", "undefined"))) std::size_t tov_w
     std::uint32_t ends = LaneBits(*block == TextStep{}) >> skipped;
     if (ends != 0)
         return FirstLane(ends);
-    ++block;
-    if (reinterpret_cast<std::uintptr_t>(block) % (2 * kStepBytes) != 0)
-    {
-        ends = LaneBits(*block == TextStep{});
-        if (ends != 0)
-            return UnitsBetween(psz, block) + FirstLane(ends);
-        ++block;
-    }
-    while (LaneBits((block[0] == TextStep{}) | (block[1] == TextStep{})) == 0)
-        block += 2;
-    ends = LaneBits(*block == TextStep{});
-    if (ends == 0)
+    do
         ends = LaneBits(*++block == TextStep{});
-    return UnitsBetween(psz, block) + FirstLane(ends);
+    while (ends == 0);
+    return static_cast<std::size_t>(reinterpret_cast<const char16_t*>(block) - psz) + FirstLane(ends);
 }
 
 char16_t* tov_wcscpy(char16_t* dest, const char16_t* src) noexcept
