@@ -23,8 +23,9 @@ constexpr int kMagicFlags = MAGIC_MIME_TYPE | MAGIC_NO_CHECK_COMPRESS | MAGIC_NO
                             MAGIC_NO_CHECK_ELF | MAGIC_NO_CHECK_TEXT | MAGIC_NO_CHECK_CDF | MAGIC_NO_CHECK_CSV |
                             MAGIC_NO_CHECK_TOKENS | MAGIC_NO_CHECK_ENCODING | MAGIC_NO_CHECK_JSON;
 
-// Marks that the library's table lacks or words wrongly: brands of camera makers, older QuickTime files that begin with
-// an empty atom, the 64-bit and the big-endian wave file.
+// Marks that are looked at first. Those of the kinds that most files are, since the library takes a third of the time
+// of reading a picture to come to the same; and those that its table lacks or words wrongly: brands of camera makers,
+// older QuickTime files that begin with an empty atom, the 64-bit and the big-endian wave file.
 struct Mark
 {
     std::size_t offset;
@@ -33,6 +34,10 @@ struct Mark
 };
 using namespace std::string_view_literals;
 constexpr Mark kMarks[] = {
+    {0, "\xFF\xD8\xFF\xE0"sv, MediaKind::Jpeg},
+    {0, "\xFF\xD8\xFF\xE1"sv, MediaKind::Jpeg},
+    {0, "\xFF\xD8\xFF\xDB"sv, MediaKind::Jpeg},
+    {0, "\x89PNG\r\n\x1A\n"sv, MediaKind::Png},
     {4, "ftypXAVC"sv, MediaKind::Mp4},
     {4, "ftypMSNV"sv, MediaKind::Mp4},
     {4, "ftypf4v "sv, MediaKind::Mp4},
