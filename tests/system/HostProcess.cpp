@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 
 #include <grp.h>
@@ -123,6 +124,18 @@ HostOutcome HostProcess::Finish()
         m_outcome.err = ContentOf(m_streams[STDERR_FILENO]);
     }
     return m_outcome;
+}
+
+bool CanRunAsSomebodyElse()
+{
+    using std::filesystem::perms;
+    std::filesystem::path folder = std::filesystem::path(HYNHOST).parent_path();
+    for (; folder != folder.root_path(); folder = folder.parent_path())
+    {
+        if ((status(folder).permissions() & perms::others_exec) == perms::none)
+            return false;
+    }
+    return getuid() == 0;
 }
 
 HostOutcome RunHost(const std::vector<std::string>& arguments, const HostOptions& options)

@@ -51,5 +51,8 @@ private:
     HostOutcome m_outcome;
 };
 
+// Whether the program can be run as another user: root can, when every folder above the program lets others through.
+bool CanRunAsSomebodyElse();
+
 HostOutcome RunHost(const std::vector<std::string>& arguments, const HostOptions& options = {});
 } // namespace HalyonTest

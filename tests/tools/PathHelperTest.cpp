@@ -164,6 +164,7 @@ TEST(PathHelper, WithoutMemoryNoResultIsWrongAndNothingLeaks)
         path = CHynPathHelper::GetPathDriver(u"/proc/1");
         EXPECT_TRUE(path.IsEmpty() || path == u"/proc") << U8(path);
     };
+    run(); // what the C library keeps from its first use is not counted
     const long long before = HalyonTest::LiveAllocations();
     long long nth = 1;
     for (bool hasFailed = true; hasFailed; ++nth)
@@ -172,7 +173,7 @@ TEST(PathHelper, WithoutMemoryNoResultIsWrongAndNothingLeaks)
         run();
         hasFailed = HalyonTest::FailAllocation::HasFailed();
     }
-    EXPECT_GT(nth, 20);
+    EXPECT_GT(nth, 10);
     EXPECT_EQ(HalyonTest::LiveAllocations(), before);
 }
 
