@@ -62,7 +62,7 @@ tm Reference(std::int64_t moment)
     return fields;
 }
 
-// From the definition: of all offsets in use around `wall`, the earliest moment that shows it; when none does, the
+// By what local time means: of all offsets in use around `wall`, the earliest moment that shows it; when none does, the
 // offset before the clock first leaps over it.
 std::int64_t ReferenceMoment(std::int64_t wall)
 {
