@@ -33,9 +33,9 @@ struct Guarded
 TEST(BiasedLock, KeepsEachOwnerAndOthersApart)
 {
     constexpr int kOwners = 3; // one after the other
-    constexpr int kOwnerSteps = 100'000;
+    constexpr int kOwnerSteps = 400'000;
     constexpr int kOthers = 3;
-    constexpr int kOtherSteps = 2'000;
+    constexpr int kOtherSteps = 20'000;
     const auto repeat = [](Guarded& guarded, int steps)
     {
         for (int step = 0; step < steps; ++step)
