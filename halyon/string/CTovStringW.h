@@ -99,6 +99,7 @@ public:
 
     // Length in units. [any]
     [[nodiscard]] int GetLength() const noexcept { return GetData()->nLength; }
+    // Whether there is no unit. [any]
     [[nodiscard]] bool IsEmpty() const noexcept { return GetData()->nLength == 0; }
 
     // The text, zero-terminated. Valid until the string is changed or destroyed. [any]
