@@ -1,4 +1,4 @@
-// The entry points of the loadable module `HynSQ.so`.
+// The entry points of a loadable component module: `HynSQ.so`, and every other that one writes (CHynComponent.h).
 //
 // A host loads the module with the dynamic linker, looks the entry points up under these plain names and never links
 // them:
@@ -13,14 +13,15 @@
 extern "C"
 {
     // Makes a new object of the class `clsid` and asks it for the interface `iid`; there is no separate class factory.
-    // On HYN_S_OK `*ppv` holds the only reference. The module makes one class: `CLSID_HynSQConnection`.
+    // On HYN_S_OK `*ppv` holds the only reference. `HynSQ.so` makes one class: `CLSID_HynSQConnection`.
     // HYN_E_NOINTERFACE: unknown class (whatever the other arguments are), or unknown interface.
     // HYN_E_POINTER: `ppv` is null. HYN_E_FAIL: no memory. After a failure no object is left. [any]
     [[gnu::visibility("default")]] Halyon::HynResult MyDllGetClassObject(const Halyon::HYN_GUID& clsid,
                                                                          const Halyon::HYN_GUID& iid, void** ppv);
 
-    // Always HYN_S_OK, deliberately: the module counts neither objects nor locks, so the host alone knows when its
-    // last object is gone and the module may be closed. [any]
+    // Whether the module may be closed: HYN_S_OK, or HYN_S_FALSE while it has reasons against. `HynSQ.so` always says
+    // HYN_S_OK, deliberately: it counts neither objects nor locks, so the host alone knows when its last object is
+    // gone. [any]
     [[gnu::visibility("default")]] Halyon::HynResult MyDllCanUnloadNow();
 }
 

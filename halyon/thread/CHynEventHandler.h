@@ -11,40 +11,22 @@
 #pragma once
 
 #include <halyon/framework/CHynAutoPtr.h>
-#include <halyon/framework/CHynUnknown.h>
-#include <halyon/framework/HynIdentifiers.h>
+#include <halyon/framework/CHynComponent.h>
 #include <halyon/thread/IHynEventHandler.h>
 
 namespace Halyon
 {
 // A counted object that travels with an event; derived classes add what it carries. Between the post and the handling
 // nobody else touches it; whoever gives the last reference back destroys it.
-class CHynEventParam : public IHynEventParam, public CHynUnknown
+class CHynEventParam : public CHynComponent<IHynEventParam, &IID_IHynEventParam>
 {
-public:
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
-    HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynEventParam, &IID_IHynUnknown>(static_cast<IHynEventParam*>(this), iid, ppv);
-    }
 };
 
 // A handler of one event identifier that is the same as no other object. Derived classes say what HandleEvent does.
-class CHynEventHandler : public IHynEventHandler, public CHynUnknown
+class CHynEventHandler : public CHynComponent<IHynEventHandler, &IID_IHynEventHandler>
 {
 public:
     explicit CHynEventHandler(std::uint32_t dwEventID) noexcept : m_dwEventID(dwEventID) {}
-
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
-    HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynEventHandler, &IID_IHynUnknown>(static_cast<IHynEventHandler*>(this), iid,
-                                                                           ppv);
-    }
 
     HynResult GetEventID(std::uint32_t* pEventID) override
     {

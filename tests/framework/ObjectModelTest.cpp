@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -9,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <halyon/framework/CHynAutoPtr.h>
-#include <halyon/framework/CHynUnknown.h>
+#include <halyon/framework/CHynComponent.h>
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/HynThreadID.h>
 #include <halyon/platform/TovPCMac.h>
@@ -46,22 +47,28 @@ TEST(LockCounter, HandsEachThreadTheCountThatItMade)
 }
 
 // A component with an interface of its own, which tells when it dies.
-class Part : public IHynUnknown, public CHynUnknown
+class Part : public CHynComponent<IHynUnknown, &IID_IHynViewer>
 {
 public:
     explicit Part(bool& gone) : m_gone(gone) {}
-    std::uint32_t AddRef() override { return DefaultAddRef(); }
-    std::uint32_t Release() override { return DefaultRelease(); }
-    HynResult QueryInterface(const HYN_GUID& iid, void** ppv) override { return DefaultQueryInterface(iid, ppv); }
     ~Part() override { m_gone = true; }
-    HynResult DefaultQueryInterface(const HYN_GUID& iid, void** ppv) override
-    {
-        return HynAnswerInterface<&IID_IHynViewer, &IID_IHynUnknown>(this, iid, ppv);
-    }
 
 private:
     bool& m_gone;
 };
+
+class Unmakeable : public CHynComponent<IHynUnknown, &IID_IHynViewer>
+{
+public:
+    Unmakeable() { throw std::runtime_error("no"); }
+};
+
+TEST(Component, WhoseConstructorThrowsGivesACodeInstead)
+{
+    void* out = nullptr;
+    EXPECT_EQ(HynMakeObject<Unmakeable>(IID_IHynViewer, &out), HYN_E_FAIL);
+    EXPECT_EQ(out, nullptr);
+}
 
 TEST(CountingBase, AnswersNoInterfaceByItself)
 {
