@@ -1,28 +1,62 @@
 #!/usr/bin/env bash
-# Installs a build, builds the examples against what was installed and moved, and compares what they print.
+# Installs a build, moves it, builds the examples against it by CMake and by pkg-config, and compares what they print.
 #   examples.sh BUILD EXAMPLES COMPILER LIBDIR
 set -euo pipefail
 build=$1 examples=$2 compiler=$3 libdir=$4
+export QT_QPA_PLATFORM=offscreen
 
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
-cmake --install "$build" --prefix "$place/first" >"$place/log"
+
+quietly() { "$@" >"$place/log" 2>&1 || { cat "$place/log"; echo "failed: $*"; exit 1; }; }
+
+quietly cmake --install "$build" --prefix "$place/first"
 mv "$place/first" "$place/prefix"
+module=$place/prefix/$libdir/halyon/HynSQ.so
 
-cmake -S "$examples" -B "$place/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-  -DCMAKE_PREFIX_PATH="$place/prefix" >>"$place/log" || { cat "$place/log"; exit 1; }
-cmake --build "$place/build" >>"$place/log" || { cat "$place/log"; exit 1; }
+# run FOLDER: the examples that were built there.
+run() {
+  "$1/walk_rows" "$module" | diff - <(echo '   73904  /home/ann/harbour.jpg'; echo '   48211  /home/ann/sea.jpg')
+  "$1/workers" "$module" | diff - <(printf '%s\n' 1 4 9 16 25)
+  # Four by three pixels, two of them black.
+  printf 'P1 4 3  0 0 0 0  0 1 1 0  0 0 0 0\n' >"$place/picture"
+  "$1/outline" "$place/picture" | diff - <(echo '1,1 to 3,2; 160 x 80')
+  "$1/component/count_words" "$1/component/WordCounter.so" 'sea  and harbour' $'\u3000月 光' | diff - <(echo '5 words')
+  nm -D --defined-only "$1/component/WordCounter.so" | sed 's/.* //' | sort | diff - <(printf '%s\n' MyDll{CanUnloadNow,GetClassObject})
+}
 
-"$place/build/walk_rows" "$place/prefix/$libdir/halyon/HynSQ.so" >"$place/seen"
-diff - "$place/seen" <<'END'
-   73904  /home/ann/harbour.jpg
-   48211  /home/ann/sea.jpg
-END
+configure() { cmake -S "$1" -B "$place/$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$place/prefix" "${@:3}"; }
+quietly configure "$examples" cmake
+quietly cmake --build "$place/cmake"
+run "$place/cmake"
 
-"$place/build/workers" >"$place/seen"
-printf '%s\n' 1 4 9 16 25 | diff - "$place/seen"
+export PKG_CONFIG_PATH=$place/prefix/$libdir/pkgconfig
+# compile OUTPUT SOURCE PACKAGE [FLAG...]
+compile() { quietly "$compiler" -std=c++20 "$examples/$2" $(pkg-config "${@:4}" --cflags --libs "$3") -o "$place/pc/$1"; }
+mkdir -p "$place/pc/component"
+compile walk_rows walk_rows.cpp halyon-core
+compile workers workers.cpp halyon-thread
+compile outline outline.cpp halyon-tools --static
+compile component/count_words component/count_words.cpp halyon-core
+compile component/WordCounter.so component/WordCounter.cpp halyon-module
+run "$place/pc"
+[ "$(realpath "$(pkg-config --variable=moduledir halyon-core)/HynSQ.so")" = "$module" ]
 
-# Four by three pixels, two of them black.
-printf 'P1 4 3  0 0 0 0  0 1 1 0  0 0 0 0\n' >"$place/picture"
-"$place/build/outline" "$place/picture" >"$place/seen"
-echo '1,1 to 3,2; 160 x 80' | diff - "$place/seen"
+# Whoever asks for Core alone needs nothing of the others; what is missing or unknown is named.
+mkdir "$place/asking"
+printf '%s\n' 'cmake_minimum_required(VERSION 3.22)' 'project(Asking CXX)' 'find_package(Halyon 1 ${WORDS})' \
+  'message("found ${Halyon_FOUND} ${Halyon_Core_FOUND} ${Halyon_Thread_FOUND}")' >"$place/asking/CMakeLists.txt"
+without=(-DCMAKE_DISABLE_FIND_PACKAGE_{Qt6,SQLite3,PkgConfig}=ON)
+status=0
+while IFS='|' read -r words expected; do
+  configure "$place/asking" asked "-DWORDS=$words" "${without[@]}" >"$place/log" 2>&1 || true
+  tr -s ' \n' ' ' <"$place/log" | grep -qF -- "$expected" || { cat "$place/log"; echo "$words should give: $expected"; status=1; }
+done <<'END_OF_TABLE'
+REQUIRED;COMPONENTS;Core;Client|found 1 TRUE
+REQUIRED;COMPONENTS;Core;OPTIONAL_COMPONENTS;Thread;Sound|found 1 TRUE
+REQUIRED;COMPONENTS;Thread|component Thread needs Qt6 COMPONENTS Core
+REQUIRED;COMPONENTS;Database|component Database needs SQLite3
+COMPONENTS;Core;Sound|component Sound does not exist (there are Core Client Database Thread Tools)
+REQUIRED|component Tools needs
+END_OF_TABLE
+exit $status
