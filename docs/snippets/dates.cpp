@@ -21,7 +21,8 @@ namespace
 // [text]
 void Print(const char* what, const FILETIME& moment)
 {
-    const CTovStringW text = CHynPubTools::FileTimeToString(u"%04d-%02d-%02d %02d:%02d:%02d", &moment);
+    const CTovStringW text =
+        CHynPubTools::FileTimeToString(u"%04d-%02d-%02d %02d:%02d:%02d", &moment);
     std::printf("%-26s %s\n", what, text.ToUTF8().c_str());
 }
 // [text]
@@ -36,7 +37,8 @@ void LiveIn(const char* zone)
 }
 
 // [wall]
-FILETIME AtWallClock(std::int16_t year, std::int16_t month, std::int16_t day, std::int16_t hour, std::int16_t minute)
+FILETIME AtWallClock(std::int16_t year, std::int16_t month, std::int16_t day, std::int16_t hour,
+                     std::int16_t minute)
 {
     LongDateRec fields = {};
     fields.year = year;
@@ -69,7 +71,8 @@ void Store(IHynSQConnection* connection)
     insert->ExecuteSQL();
 
     CHynAutoPtr<IHynSQRecordSet> rows;
-    connection->OpenRecordSet(u"SELECT taken, datetime(taken + 978307200, 'unixepoch') FROM media", rows.Receive());
+    connection->OpenRecordSet(u"SELECT taken, datetime(taken + 978307200, 'unixepoch') FROM media",
+                              rows.Receive());
     FILETIME back;
     double seconds = 0;
     char16_t utc[32];
@@ -115,9 +118,11 @@ int main(int argc, char** argv)
     void* module = dlopen(argc > 1 ? argv[1] : "HynSQ.so", RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr)
         return std::fprintf(stderr, "cannot load the module: %s\n", dlerror()), 1;
-    auto getClassObject = reinterpret_cast<HynGetClassObjectProc>(dlsym(module, kHynGetClassObjectName));
+    auto getClassObject =
+        reinterpret_cast<HynGetClassObjectProc>(dlsym(module, kHynGetClassObjectName));
     CHynAutoPtr<IHynSQConnection> connection;
-    getClassObject(CLSID_HynSQConnection, IID_IHynSQConnection, reinterpret_cast<void**>(connection.Receive()));
+    getClassObject(CLSID_HynSQConnection, IID_IHynSQConnection,
+                   reinterpret_cast<void**>(connection.Receive()));
     connection->Connect(u":memory:", u"", u"");
 
     LiveIn("Asia/Tokyo");
@@ -128,7 +133,9 @@ int main(int argc, char** argv)
     Print("10 March 2024, 02:30", AtWallClock(2024, 3, 10, 2, 30));
     const FILETIME first = AtWallClock(2024, 11, 3, 1, 30);
     const FILETIME after = AtWallClock(2024, 11, 3, 2, 30);
-    const double hours = (CHynPubTools::ConvertFromFileTime(&after) - CHynPubTools::ConvertFromFileTime(&first)) / 3600;
+    const double hours =
+        (CHynPubTools::ConvertFromFileTime(&after) - CHynPubTools::ConvertFromFileTime(&first)) /
+        3600;
     std::printf("%-26s %.0f hours\n", "3 November, 01:30 to 02:30", hours);
 
     LiveIn("America/Sao_Paulo");
