@@ -61,10 +61,15 @@ public:
 
 std::unique_ptr<Contender> MakeRaw();
 std::unique_ptr<Contender> MakeModule(const std::string& module);
+std::unique_ptr<Contender> MakeClient(const std::string& module); // the module through the client's headers
 std::unique_ptr<Contender> MakeSqliteCpp();
 std::unique_ptr<Contender> MakeQtSql();
 std::unique_ptr<Contender> MakeSoci();
 std::unique_ptr<Contender> MakePoco();
+
+// The same two, but inserting what they have copied and scanning into std::string (UTF-8) and byte vectors.
+std::unique_ptr<Contender> MakeModuleByValue(const std::string& module);
+std::unique_ptr<Contender> MakeClientByValue(const std::string& module);
 
 // Runs `first` and `second` on two threads at once; what either throws comes through.
 void OnTwoThreads(const std::function<void()>& first, const std::function<void()>& second);

@@ -10,6 +10,7 @@
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/HynResult.h>
 #include <halyon/framework/MyDll.h>
+#include <halyon/platform/TovPCMac.h>
 
 #include "Contender.h"
 
@@ -89,25 +90,12 @@ public:
 
     void Insert(const std::string& file, std::span<const Record> records) override
     {
-        const CHynAutoPtr<IHynSQConnection> connection = Connect(file);
-        Check(connection->ExecuteSQL(Widen(kFast).c_str()));
-        Check(connection->BeginTrans());
-        CHynAutoPtr<IHynSQCommand> command;
-        Check(connection->CreateCommand(command.Receive()));
-        Check(command->PrepareSQL(Widen(kInsert).c_str()));
-        for (const Record& record : records)
-        {
-            HynResult result = command->BindFieldValue(0, static_cast<long long>(record.id));
-            result |= command->BindFieldValue(1, record.path.data());
-            result |= command->BindFieldValue(2, static_cast<long long>(record.size));
-            result |= command->BindFieldValue(3, record.taken);
-            result |= command->BindFieldValue(4, record.rating);
-            result |= command->BindFieldValue(5, const_cast<unsigned char*>(record.print.data()), kPrintSize);
-            result |= command->ExecuteSQL();
-            Check(result);
-        }
-        command = nullptr;
-        Check(connection->CommitTrans());
+        InsertWith(file, records,
+                   [](IHynSQCommand* command, const Record& record)
+                   {
+                       return command->BindFieldValue(1, record.path.data()) |
+                              command->BindFieldValue(5, const_cast<unsigned char*>(record.print.data()), kPrintSize);
+                   });
     }
 
     void ScanByIndex(const std::string& file, std::size_t rows, Digest& digest) override
@@ -206,7 +194,31 @@ public:
         }
     }
 
-private:
+protected:
+    // `bindTextAndBytes` binds parameters 1 and 5 of a record.
+    template <class BindTextAndBytes>
+    void InsertWith(const std::string& file, std::span<const Record> records, BindTextAndBytes bindTextAndBytes) const
+    {
+        const CHynAutoPtr<IHynSQConnection> connection = Connect(file);
+        Check(connection->ExecuteSQL(Widen(kFast).c_str()));
+        Check(connection->BeginTrans());
+        CHynAutoPtr<IHynSQCommand> command;
+        Check(connection->CreateCommand(command.Receive()));
+        Check(command->PrepareSQL(Widen(kInsert).c_str()));
+        for (const Record& record : records)
+        {
+            HynResult result = command->BindFieldValue(0, static_cast<long long>(record.id));
+            result |= command->BindFieldValue(2, static_cast<long long>(record.size));
+            result |= command->BindFieldValue(3, record.taken);
+            result |= command->BindFieldValue(4, record.rating);
+            result |= bindTextAndBytes(command, record);
+            result |= command->ExecuteSQL();
+            Check(result);
+        }
+        command = nullptr;
+        Check(connection->CommitTrans());
+    }
+
     [[nodiscard]] CHynAutoPtr<IHynSQConnection> Connect(const std::string& file) const
     {
         CHynAutoPtr<IHynSQConnection> connection;
@@ -216,12 +228,73 @@ private:
         return connection;
     }
 
+private:
     HynGetClassObjectProc m_getClassObject = nullptr;
+};
+
+// What a program by hand does that wants its values to be values.
+void ReadValues(IHynSQRecordSet* rows, Record& record)
+{
+    std::vector<std::byte> print;
+    std::array<char16_t, kPathRoom> path;
+    std::uint32_t bytes = 0;
+    long long wide = 0;
+    HynResult result = rows->GetFieldValue(0, &wide);
+    record.id = wide;
+    result |= rows->GetFieldValue(1, static_cast<void*>(nullptr), &bytes);
+    result |= bytes <= sizeof path ? rows->GetFieldValue(1, static_cast<void*>(path.data()), &bytes) : HYN_E_FAIL;
+    std::array<char, 3 * kPathRoom> local;
+    const std::size_t length = TovTextToUTF8(path.data(), bytes / sizeof(char16_t), local.data(), local.size());
+    const std::string text(local.data(), length);
+    result |= rows->GetFieldValue(2, &wide);
+    record.size = wide;
+    result |= rows->GetFieldValue(3, &record.taken);
+    result |= rows->GetFieldValue(4, &record.rating);
+    result |= rows->GetFieldValue(5, static_cast<void*>(nullptr), &bytes);
+    print.resize(bytes);
+    result |= rows->GetFieldValue(5, static_cast<void*>(print.data()), &bytes);
+    Check(result);
+    Fill(record, text, print);
+}
+
+class ModuleByValue : public Module
+{
+public:
+    using Module::Module;
+
+    void Insert(const std::string& file, std::span<const Record> records) override
+    {
+        // Two of each: the statement reads the old one until the new one is bound.
+        std::array<std::u16string, 2> paths;
+        std::array<std::vector<unsigned char>, 2> prints;
+        std::size_t turn = 0;
+        InsertWith(file, records,
+                   [&](IHynSQCommand* command, const Record& record)
+                   {
+                       std::u16string& path = paths[turn];
+                       std::vector<unsigned char>& print = prints[turn];
+                       turn ^= 1;
+                       path.assign(record.path.data(), tov_wcslen(record.path.data()));
+                       print.assign(record.print.begin(), record.print.end());
+                       return command->BindFieldValue(1, path.c_str()) |
+                              command->BindFieldValue(5, print.data(), kPrintSize);
+                   });
+    }
+
+    void ScanByIndex(const std::string& file, std::size_t rows, Digest& digest) override
+    {
+        Scan(Connect(file), ReadValues, rows, digest);
+    }
 };
 } // namespace
 
 std::unique_ptr<Contender> MakeModule(const std::string& module)
 {
     return std::make_unique<Module>(module);
+}
+
+std::unique_ptr<Contender> MakeModuleByValue(const std::string& module)
+{
+    return std::make_unique<ModuleByValue>(module);
 }
 } // namespace Bench

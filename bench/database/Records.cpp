@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <stdexcept>
 
 #include <unicode/ustring.h>
 
@@ -154,6 +155,13 @@ std::string ToUTF8(const char16_t* text)
                 static_cast<std::int32_t>(units), &error);
     result.resize(static_cast<std::size_t>(length));
     return result;
+}
+
+void Fill(Record& record, std::string_view path, std::span<const std::byte> print)
+{
+    if (!ToUTF16(path, record.path) || print.size() != kPrintSize)
+        throw std::runtime_error("a value does not fit");
+    std::memcpy(record.print.data(), print.data(), kPrintSize);
 }
 
 bool ToUTF16(std::string_view text, std::span<char16_t> buffer) noexcept

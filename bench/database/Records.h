@@ -72,6 +72,9 @@ std::vector<std::u16string> MakeInsertTexts(std::size_t count);
 std::u16string Widen(std::string_view ascii);
 std::string ToUTF8(const char16_t* text);
 
+// Puts values into a record's own room. Throws when they do not fit.
+void Fill(Record& record, std::string_view path, std::span<const std::byte> print);
+
 // For contenders whose text is UTF-8: into the caller's buffer, zero-terminated. False when it does not fit.
 bool ToUTF16(std::string_view text, std::span<char16_t> buffer) noexcept;
 } // namespace Bench

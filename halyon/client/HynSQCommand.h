@@ -49,7 +49,7 @@ public:
     }
 
     // Whether there is a row to read.
-    [[nodiscard]] explicit operator bool() const noexcept { return m_state == HYN_S_OK; }
+    [[nodiscard]] explicit operator bool() const noexcept { return m_current != nullptr; }
 
 #if defined(__cpp_exceptions)
     template <class T>
@@ -99,7 +99,7 @@ private:
     Row() noexcept = default;
     Row(Row&& other) noexcept
         : m_statement(std::move(other.m_statement)), m_rows(std::move(other.m_rows)),
-          m_state(std::exchange(other.m_state, HYN_E_FAIL))
+          m_current(std::exchange(other.m_current, nullptr)), m_state(std::exchange(other.m_state, HYN_E_FAIL))
     {
     }
     Row& operator=(Row&& other) noexcept
@@ -109,37 +109,49 @@ private:
         Close();
         m_statement = std::move(other.m_statement);
         m_rows = std::move(other.m_rows);
+        m_current = std::exchange(other.m_current, nullptr);
         m_state = std::exchange(other.m_state, HYN_E_FAIL);
         return *this;
     }
 
     void Close() noexcept
     {
-        m_state = HYN_E_FAIL;
+        Stepped(HYN_E_FAIL);
         m_rows = nullptr;
         if (m_statement != nullptr)
             m_statement->Closed();
         m_statement = nullptr;
     }
 
+    HynResult Stepped(HynResult result) noexcept
+    {
+        IHynSQRecordSet* rows = m_rows;
+        m_current = result == HYN_S_OK ? rows : nullptr;
+        return m_state = result;
+    }
+
     template <class Column, class T>
     HynResult Read(Column column, T& value) const
     {
-        if (m_state != HYN_S_OK) [[unlikely]]
+        if (m_current == nullptr) [[unlikely]]
             return HYN_E_FAIL;
-        return Detail::Reader<Column>(m_rows, column).Read(value);
+        return Detail::Reader<Column>(m_current, column).Read(value);
     }
 
 #if defined(__cpp_exceptions)
-    void Check(HynResult result, std::int32_t column) const
+    template <class Column>
+    void Check(HynResult result, Column column) const
     {
         if (HynFailed(result)) [[unlikely]]
-            Throw(result, "reading column " + std::to_string(column));
+            ThrowReading(result, column);
     }
-    void Check(HynResult result, const char16_t* column) const
+    [[noreturn, gnu::cold, gnu::noinline]] void ThrowReading(HynResult result, std::int32_t column) const
     {
-        if (HynFailed(result)) [[unlikely]]
-            Throw(result, "reading column " + CTovStringW(column).ToUTF8());
+        Throw(result, "reading column " + std::to_string(column));
+    }
+    [[noreturn, gnu::cold, gnu::noinline]] void ThrowReading(HynResult result, const char16_t* column) const
+    {
+        Throw(result, "reading column " + CTovStringW(column).ToUTF8());
     }
     [[noreturn]] void Throw(HynResult result, std::string action) const
     {
@@ -148,8 +160,9 @@ private:
 #endif
 
     CHynAutoPtr<Detail::Statement> m_statement;
-    CHynAutoPtr<IHynSQRecordSet> m_rows; // goes first
-    HynResult m_state = HYN_E_FAIL;      // of the last step
+    CHynAutoPtr<IHynSQRecordSet> m_rows;  // goes first
+    IHynSQRecordSet* m_current = nullptr; // that, while it stands on a row
+    HynResult m_state = HYN_E_FAIL;       // of the last step
 };
 
 // The rows that a statement gives, one after the other and once: an input range. All [owner].
@@ -199,7 +212,7 @@ public:
     {
         if (m_row.m_rows == nullptr) [[unlikely]]
             return HYN_E_FAIL;
-        return m_row.m_state = m_row.m_rows->Next();
+        return m_row.Stepped(m_row.m_rows->Next());
     }
 
     [[nodiscard]] bool at_end() const noexcept
@@ -270,7 +283,7 @@ private:
         if (HynFailed(result))
             return result;
         m_row.m_statement = statement;
-        m_row.m_state = m_row.m_rows->IsEof() != 0 ? HYN_S_FALSE : HYN_S_OK;
+        m_row.Stepped(m_row.m_rows->IsEof() != 0 ? HYN_S_FALSE : HYN_S_OK);
         return HYN_S_OK;
     }
 
@@ -353,11 +366,11 @@ private:
     friend class Connection;
 
 #if defined(__cpp_exceptions)
-    [[noreturn]] void Throw(HynResult result) const
+    [[noreturn, gnu::cold, gnu::noinline]] void Throw(HynResult result) const
     {
         Throw(result, m_statement == nullptr ? -1 : m_statement->Refused());
     }
-    [[noreturn]] void Throw(HynResult result, std::int32_t parameter) const
+    [[noreturn, gnu::cold, gnu::noinline]] void Throw(HynResult result, std::int32_t parameter) const
     {
         throw Error(result, parameter < 0 ? "executing" : "binding parameter " + std::to_string(parameter),
                     m_statement == nullptr ? "" : m_statement->Sql().ToUTF8());

@@ -127,7 +127,7 @@ private:
         else if constexpr (kind == Kind::WideText)
             return BindText<Keep>(index, value);
         else if constexpr (kind == Kind::WideView)
-            return KeepText(index, value);
+            return KeepView(index, value);
         else
             return KeepUTF8(index, value);
     }
@@ -156,8 +156,10 @@ private:
             return KeepSpare(index,
                              [&]
                              {
-                                 m_spare.assign(bytes.begin(), bytes.end());
-                                 return BindRaw(index, m_spare);
+                                 if (m_spare.size() < bytes.size())
+                                     m_spare.resize(bytes.size());
+                                 std::copy(bytes.begin(), bytes.end(), m_spare.begin());
+                                 return BindRaw(index, {m_spare.data(), bytes.size()});
                              });
     }
 
@@ -175,49 +177,65 @@ private:
         if constexpr (!Keep)
             return m_command->BindFieldValue(index, text);
         else
-            return text == nullptr ? HYN_E_FAIL : KeepText(index, text);
+            return text == nullptr ? HYN_E_FAIL : KeepText(index, {text, tov_wcslen(text)});
     }
 
     // `text` has its terminator behind it.
     template <bool Keep>
     HynResult BindText(std::int32_t index, std::u16string_view text)
     {
+        if (tov_wcslen(text.data()) != text.size())
+            return HYN_E_FAIL;
         if constexpr (Keep)
             return KeepText(index, text);
         else
-            return tov_wcslen(text.data()) == text.size() ? m_command->BindFieldValue(index, text.data()) : HYN_E_FAIL;
+            return m_command->BindFieldValue(index, text.data());
     }
 
+    // `text` holds no zero unit.
     HynResult KeepText(std::int32_t index, std::u16string_view text)
-    {
-        return KeepUnits(index, text.size(),
-                         [&](char16_t* to)
-                         {
-                             text.copy(to, text.size());
-                             return text.size();
-                         });
-    }
-
-    HynResult KeepUTF8(std::int32_t index, std::string_view text)
-    {
-        // A byte never becomes more than a unit.
-        return KeepUnits(index, text.size(),
-                         [&](char16_t* to) { return TovTextFromUTF8(text.data(), text.size(), to, text.size()); });
-    }
-
-    // `write` puts at most `room` units where it is told and says how many.
-    template <class Write>
-    HynResult KeepUnits(std::int32_t index, std::size_t room, Write write)
     {
         return KeepSpare(index,
                          [&]
                          {
-                             m_spare.resize((room + 1) * sizeof(char16_t));
-                             auto* text = reinterpret_cast<char16_t*>(m_spare.data());
-                             const std::size_t length = write(text);
-                             text[length] = 0;
-                             return BindText<false>(index, {text, length});
+                             text.copy(SpareUnits(text.size()), text.size());
+                             return BindSpareUnits(index, text.size());
                          });
+    }
+
+    HynResult KeepView(std::int32_t index, std::u16string_view text)
+    {
+        return text.find(u'\0') == std::u16string_view::npos ? KeepText(index, text) : HYN_E_FAIL;
+    }
+
+    HynResult KeepUTF8(std::int32_t index, std::string_view text)
+    {
+        if (text.find('\0') != std::string_view::npos)
+            return HYN_E_FAIL;
+        return KeepSpare(index,
+                         [&]
+                         {
+                             // A byte never becomes more than a unit.
+                             char16_t* units = SpareUnits(text.size());
+                             return BindSpareUnits(index,
+                                                   TovTextFromUTF8(text.data(), text.size(), units, text.size()));
+                         });
+    }
+
+    // Room for `count` units and a terminator in the spare block.
+    char16_t* SpareUnits(std::size_t count)
+    {
+        const std::size_t bytes = (count + 1) * sizeof(char16_t);
+        if (m_spare.size() < bytes)
+            m_spare.resize(bytes);
+        return reinterpret_cast<char16_t*>(m_spare.data());
+    }
+
+    HynResult BindSpareUnits(std::int32_t index, std::size_t count)
+    {
+        auto* text = reinterpret_cast<char16_t*>(m_spare.data());
+        text[count] = 0;
+        return m_command->BindFieldValue(index, text);
     }
 
     // Binds what `bind` puts into the spare block, which takes the place of the old one when that has worked: until

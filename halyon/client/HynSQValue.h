@@ -172,11 +172,17 @@ public:
 
     HynResult Read(long& value) const
     {
-        return ReadAs<long long>(value, [](long long wide) { return wide; });
+        long long wide = value; // which it still is after a failure
+        const HynResult result = Read(wide);
+        value = wide;
+        return result;
     }
     HynResult Read(bool& value) const
     {
-        return ReadAs<long long>(value, [](long long wide) { return wide != 0; });
+        long long wide = value ? 1 : 0;
+        const HynResult result = Read(wide);
+        value = wide != 0;
+        return result;
     }
 
     HynResult Read(std::chrono::system_clock::time_point& value) const
@@ -261,16 +267,6 @@ public:
     }
 
 private:
-    template <class Wide, class T, class Convert>
-    HynResult ReadAs(T& value, Convert convert) const
-    {
-        Wide wide{};
-        const HynResult result = Read(wide);
-        if (HynSucceeded(result))
-            value = convert(wide);
-        return result;
-    }
-
     HynResult Size(std::uint32_t& bytes) const
     {
         return m_rows->GetFieldValue(m_column, static_cast<void*>(nullptr), &bytes);
@@ -310,8 +306,10 @@ private:
     {
         std::array<char, 512> local;
         const std::size_t bytes = TovTextToUTF8(text.data(), text.size(), local.data(), local.size());
-        if (bytes <= local.size())
+        if (bytes <= value.capacity() && bytes <= local.size())
             value.assign(local.data(), bytes);
+        else if (bytes <= local.size())
+            value = std::string(local.data(), bytes); // quicker than to let the old one grow
         else
         {
             value.resize(bytes);
