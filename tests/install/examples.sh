@@ -17,6 +17,7 @@ module=$place/prefix/$libdir/halyon/HynSQ.so
 # run FOLDER: the examples that were built there.
 run() {
   "$1/walk_rows" "$module" | diff - <(echo '   73904  /home/ann/harbour.jpg'; echo '   48211  /home/ann/sea.jpg')
+  "$1/client_rows" "$module" | diff - <(echo '   73904  *****  /home/ann/harbour.jpg'; echo '   48211         /home/ann/sea.jpg')
   "$1/workers" "$module" | diff - <(printf '%s\n' 1 4 9 16 25)
   # Four by three pixels, two of them black.
   printf 'P1 4 3  0 0 0 0  0 1 1 0  0 0 0 0\n' >"$place/picture"
@@ -35,6 +36,7 @@ export PKG_CONFIG_PATH=$place/prefix/$libdir/pkgconfig
 compile() { quietly "$compiler" -std=c++20 "$examples/$2" $(pkg-config "${@:4}" --cflags --libs "$3") -o "$place/pc/$1"; }
 mkdir -p "$place/pc/component"
 compile walk_rows walk_rows.cpp halyon-core
+compile client_rows client_rows.cpp halyon-client
 compile workers workers.cpp halyon-thread
 compile outline outline.cpp halyon-tools --static
 compile component/count_words component/count_words.cpp halyon-core
