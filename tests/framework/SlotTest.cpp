@@ -15,31 +15,6 @@ using HalyonTest::LiveAllocations;
 namespace
 {
 // clang-format off
-enum ConnectionSlot
-{
-    kConnect = 3, kDisConnect, kBeginTrans, kCommitTrans, kRollbackTrans,
-    kExecuteText, kOpenText, kCreateCommand, kGetLastInsertID,
-    kConnectionEnd
-};
-
-enum CommandSlot
-{
-    kPrepareSQL = 3,
-    kBindInt, kBindUnsigned, kBindInt64, kBindDouble, kBindText, kBindMoment, kBindBlob,
-    kExecute, kOpen,
-    kCommandEnd
-};
-
-enum RecordSetSlot
-{
-    kGetFieldCount = 3, kReset, kNext,
-    kIntByName, kIntByIndex, kUnsignedByName, kUnsignedByIndex, kInt64ByName, kInt64ByIndex,
-    kDoubleByName, kDoubleByIndex, kTextByName, kTextByIndex, kMomentByName, kMomentByIndex,
-    kBlobByName, kBlobByIndex,
-    kIsEof,
-    kRecordSetEnd
-};
-
 // After the last slot of its interface a component's table goes on with these: the first destroys the object's parts,
 // the second frees its memory as well.
 enum ComponentSlot { kDestroy, kDestroyDelete, kDefaultQuery };
