@@ -8,6 +8,8 @@ set(HALYON_WARNINGS
     -Wundef -Wunused -Wvla)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   list(APPEND HALYON_WARNINGS -Wduplicated-branches -Wduplicated-cond -Wlogical-op)
+else()
+  list(APPEND HALYON_WARNINGS -Wthread-safety)
 endif()
 
 # g++ 12 sees overlapping copies in a literal followed by a std::string, at full optimisation; there are none.

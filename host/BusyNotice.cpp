@@ -19,7 +19,7 @@ BusyNotice::BusyNotice(std::function<void()> onWait, std::function<void()> onInt
 BusyNotice::~BusyNotice()
 {
     {
-        const std::lock_guard lock(m_mutex);
+        const Halyon::TovMutexLock lock(m_mutex);
         m_done = true;
     }
     m_changed.notify_one();
@@ -30,8 +30,8 @@ void BusyNotice::Watch()
 {
     const auto start = std::chrono::steady_clock::now();
     bool told = false;
-    std::unique_lock lock(m_mutex);
-    while (!m_changed.wait_for(lock, 100ms, [this] { return m_done; }))
+    const Halyon::TovMutexLock lock(m_mutex);
+    while (!m_changed.wait_for(m_mutex, 100ms, [this]() HYN_REQUIRES(m_mutex) { return m_done; }))
     {
         if (!told && std::chrono::steady_clock::now() - start >= 1s)
         {

@@ -7,9 +7,10 @@
 
 #include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
+
+#include <halyon/platform/TovMutex.h>
 
 namespace HynHost
 {
@@ -27,9 +28,9 @@ private:
 
     std::function<void()> m_onWait;
     std::function<void()> m_onInterrupted;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_done = false; // guarded by m_mutex
+    Halyon::TovMutex m_mutex;
+    std::condition_variable_any m_changed;
+    bool m_done HYN_GUARDED_BY(m_mutex) = false;
     std::thread m_thread;
 };
 } // namespace HynHost

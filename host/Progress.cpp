@@ -74,7 +74,7 @@ Progress::Progress(std::string what) : m_what(std::move(what)), m_isTerminal(IsT
 
 void Progress::Start(std::uint64_t total)
 {
-    const std::scoped_lock lock(m_mutex);
+    const Halyon::TovMutexLock lock(m_mutex);
     m_total = total;
     m_start = Clock::now();
     m_next = m_start + (m_isTerminal ? Clock::duration(kRedraw) : Clock::duration(kNextLine));
@@ -82,14 +82,14 @@ void Progress::Start(std::uint64_t total)
 
 std::uint64_t Progress::Total()
 {
-    const std::scoped_lock lock(m_mutex);
+    const Halyon::TovMutexLock lock(m_mutex);
     return m_total;
 }
 
 void Progress::Update(std::uint64_t done)
 {
     const auto now = Clock::now();
-    const std::scoped_lock lock(m_mutex);
+    const Halyon::TovMutexLock lock(m_mutex);
     if (now < m_next)
         return;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
@@ -112,7 +112,7 @@ void Progress::Update(std::uint64_t done)
 
 void Progress::Clear()
 {
-    const std::scoped_lock lock(m_mutex);
+    const Halyon::TovMutexLock lock(m_mutex);
     if (m_isDrawn)
         std::fputs("\r\x1b[K", stderr);
     m_isDrawn = false;

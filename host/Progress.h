@@ -13,8 +13,9 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
+
+#include <halyon/platform/TovMutex.h>
 
 namespace HynHost
 {
@@ -47,11 +48,11 @@ private:
 
     std::string m_what;
     bool m_isTerminal;
-    std::mutex m_mutex;
-    bool m_isDrawn = false; // guarded by m_mutex, as what follows
-    std::uint64_t m_total = 0;
-    Clock::time_point m_start = Clock::now();
-    Clock::time_point m_next = m_start;
+    Halyon::TovMutex m_mutex;
+    bool m_isDrawn HYN_GUARDED_BY(m_mutex) = false;
+    std::uint64_t m_total HYN_GUARDED_BY(m_mutex) = 0;
+    Clock::time_point m_start HYN_GUARDED_BY(m_mutex) = Clock::now();
+    Clock::time_point m_next HYN_GUARDED_BY(m_mutex) = m_start;
 };
 
 // The bar of `width` columns for `done` of `total`, without a line end: count, rate and time left beside it, and less

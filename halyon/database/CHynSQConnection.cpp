@@ -72,7 +72,8 @@ HynResult CHynSQConnection::Connect(const char16_t* path, const char16_t* second
     return FindCreateConnection() != nullptr ? HYN_S_OK : HYN_E_FAIL;
 }
 
-HynResult CHynSQConnection::DisConnect()
+// Without the map's lock: nobody else uses the connection by then, and in a child made by fork the lock may be closed.
+HynResult CHynSQConnection::DisConnect() HYN_UNCHECKED
 {
     const std::uint32_t forkCount = TovGetForkCount();
     for (const auto& [threadID, handle] : m_handles)

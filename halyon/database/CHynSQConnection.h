@@ -57,7 +57,7 @@ private:
     CTovStringW m_strPath;
     CTovStringW m_strSecond;
     CTovStringW m_strThird;
-    std::map<std::uint32_t, Handle> m_handles; // by thread identifier; guarded by m_mapLock
+    std::map<std::uint32_t, Handle> m_handles HYN_GUARDED_BY(m_mapLock); // by thread identifier
     Halyon::CHynLock m_mapLock;
     std::atomic<std::size_t> m_uHandles = 0; // the map's size, for Connect
 };

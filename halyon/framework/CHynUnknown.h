@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    std::uint32_t m_uCount = 0; // guarded by m_lock
+    std::uint32_t m_uCount HYN_GUARDED_BY(m_lock) = 0;
     TLock m_lock;
 };
 

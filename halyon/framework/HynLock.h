@@ -9,7 +9,7 @@
 namespace Halyon
 {
 // Owns one critical section of the platform. The thread that holds it may take it again, and gives it back as often.
-class CHynLock
+class HYN_LOCK CHynLock
 {
 public:
     CHynLock() noexcept { TovInitCriticalSection(&m_section); }
@@ -18,10 +18,10 @@ public:
     CHynLock& operator=(const CHynLock&) = delete;
 
     // Waits until no other thread holds the lock, then takes it. [any]
-    void Lock() noexcept { TovEnterCriticalSection(&m_section); }
+    void Lock() noexcept HYN_ACQUIRE() HYN_UNCHECKED { TovEnterCriticalSection(&m_section); }
 
     // Gives it back once. Requires: the calling thread holds it. [any]
-    void Unlock() noexcept { TovLeaveCriticalSection(&m_section); }
+    void Unlock() noexcept HYN_RELEASE() HYN_UNCHECKED { TovLeaveCriticalSection(&m_section); }
 
 private:
     TovCriticalSection m_section;
@@ -29,11 +29,11 @@ private:
 
 // Holds a lock from construction to the end of the scope, however the scope ends.
 template <class TLock>
-class CHynAutoLock
+class HYN_SCOPED_LOCK CHynAutoLock
 {
 public:
-    explicit CHynAutoLock(TLock& lock) noexcept : m_lock(lock) { m_lock.Lock(); }
-    ~CHynAutoLock() { m_lock.Unlock(); }
+    explicit CHynAutoLock(TLock& lock) noexcept HYN_ACQUIRE(lock) : m_lock(lock) { m_lock.Lock(); }
+    ~CHynAutoLock() HYN_RELEASE() { m_lock.Unlock(); }
     CHynAutoLock(const CHynAutoLock&) = delete;
     CHynAutoLock& operator=(const CHynAutoLock&) = delete;
 

@@ -12,6 +12,7 @@
 #include <type_traits>
 
 #include <halyon/framework/HynTypes.h>
+#include <halyon/platform/TovThreadSafety.h>
 
 namespace Halyon
 {
@@ -24,7 +25,7 @@ struct FSRef; // FileManager.h
 
 // One critical section, wholly inside its pointer-wide handle: making one takes no memory and cannot fail. It must not
 // move while it is in use. In a child made by `fork`, a section that a thread was inside of stays closed.
-struct alignas(void*) TovCriticalSection
+struct HYN_LOCK alignas(void*) TovCriticalSection
 {
     std::uint32_t uOwner; // identifier of the thread inside, with the top bit set when others wait; 0 when free
     std::uint32_t uDepth; // how many more times the owner has entered; guarded by uOwner
@@ -39,11 +40,11 @@ void TovDeleteCriticalSection(TovCriticalSection* pSection) noexcept;
 
 // Waits, asleep, until no other thread is inside, then enters. The thread inside may enter again. Without contention it
 // costs one atomic operation. [any]
-void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept;
+void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept HYN_ACQUIRE(*pSection);
 
 // Leaves once; the section is free when the thread has left as often as it entered. Without contention it costs one
 // atomic operation. Requires: the calling thread is inside. [any]
-void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept;
+void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept HYN_RELEASE(*pSection);
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Events: auto-reset signals between threads.

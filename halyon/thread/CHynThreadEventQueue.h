@@ -90,10 +90,10 @@ private:
     void Drop(Predicate predicate);
     static std::ptrdiff_t FindObserver(const ObserverList& list, IHynEventHandler* pHandler, void* pUser);
     bool RemoveObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
-    void KeepUntilDispatchEnds(CHynAutoPtr<IHynEventHandler> spHandler) noexcept;
-    void EndDispatch();
-    bool HasRoom() noexcept;
-    int InsertFront(HynEventInfo&& info);
+    void KeepUntilDispatchEnds(CHynAutoPtr<IHynEventHandler> spHandler) noexcept HYN_REQUIRES(m_observerLock);
+    void EndDispatch() HYN_REQUIRES(m_observerLock);
+    bool HasRoom() noexcept HYN_REQUIRES(m_incoming.lock);
+    int InsertFront(HynEventInfo&& info) HYN_REQUIRES(m_taken.lock, m_incoming.lock);
 
     // Each group of fields is used by another side, so each has cache lines of its own.
     struct alignas(64) ProducersEnd
@@ -101,24 +101,24 @@ private:
         explicit ProducersEnd(HynEventChunkPool& pool) noexcept : list(pool) {}
 
         CHynLock lock;
-        HynEventChunks list;    // guarded by lock
-        std::int32_t nRoom = 0; // guarded by lock: insertions that fit for certain
+        HynEventChunks list HYN_GUARDED_BY(lock);
+        std::int32_t nRoom HYN_GUARDED_BY(lock) = 0; // insertions that fit for certain
     };
     struct alignas(64) ConsumersEnd
     {
         explicit ConsumersEnd(HynEventChunkPool& pool) noexcept : list(pool) {}
 
         HynBiasedLock lock;
-        HynEventChunks list;               // guarded by lock; in front of the producers' list
+        HynEventChunks list HYN_GUARDED_BY(lock); // in front of the producers' list
         std::atomic<std::int32_t> nSize{}; // of the list; written under lock, read by producers that are out of room
     };
 
     const std::int32_t m_nCapacity;
     HynBiasedLock m_observerLock;
-    int m_nDispatchDepth = 0;                             // guarded by m_observerLock
-    bool m_bSweep = false;                                // guarded by m_observerLock: removed during a dispatch
-    std::map<std::uint32_t, ObserverList> m_observers;    // guarded by m_observerLock
-    std::vector<CHynAutoPtr<IHynEventHandler>> m_removed; // guarded by m_observerLock; released after the dispatch
+    int m_nDispatchDepth HYN_GUARDED_BY(m_observerLock) = 0;
+    bool m_bSweep HYN_GUARDED_BY(m_observerLock) = false; // something was removed during a dispatch
+    std::map<std::uint32_t, ObserverList> m_observers HYN_GUARDED_BY(m_observerLock);
+    std::vector<CHynAutoPtr<IHynEventHandler>> m_removed HYN_GUARDED_BY(m_observerLock); // released after the dispatch
     HynEventChunkPool m_pool;
     ProducersEnd m_incoming{m_pool};
     ConsumersEnd m_taken{m_pool};

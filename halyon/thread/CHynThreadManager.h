@@ -53,7 +53,7 @@ private:
 
     CHynAutoPtr<IHynThread> Resolve(std::uint32_t dwThreadID);
 
-    ThreadTable m_threads; // guarded by m_lock
+    ThreadTable m_threads HYN_GUARDED_BY(m_lock);
     std::atomic<std::uint32_t> m_uMainThreadID{0};
     CHynLock m_lock;
 };

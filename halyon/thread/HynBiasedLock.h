@@ -14,7 +14,7 @@
 
 namespace Halyon
 {
-class HynBiasedLock
+class HYN_LOCK HynBiasedLock
 {
 public:
     HynBiasedLock() noexcept = default;
@@ -30,7 +30,7 @@ public:
     void Disown() noexcept { m_uOwner.store(0, std::memory_order_relaxed); }
 
     // Waits until no other thread holds the lock, then takes it; the thread that holds it may take it again. [any]
-    void Lock() noexcept
+    void Lock() noexcept HYN_ACQUIRE() HYN_UNCHECKED
     {
         if (GetCurrentTovThreadID() == m_uOwner.load(std::memory_order_relaxed))
             EnterAsOwner();
@@ -39,7 +39,7 @@ public:
     }
 
     // Gives it back once. Requires: the calling thread holds it. [any]
-    void Unlock() noexcept
+    void Unlock() noexcept HYN_RELEASE() HYN_UNCHECKED
     {
         if (GetCurrentTovThreadID() == m_uOwner.load(std::memory_order_relaxed))
             LeaveAsOwner();
@@ -81,8 +81,8 @@ private:
 
     void WakeClaimant() noexcept;
     void WaitForClaims() noexcept;
-    void Claim() noexcept;
-    void EndClaim() noexcept;
+    void Claim() noexcept HYN_ACQUIRE(m_claimLock);
+    void EndClaim() noexcept HYN_RELEASE(m_claimLock);
 
     std::atomic<std::uint32_t> m_uOwner{0};
     std::atomic<std::int32_t> m_nInside{0}; // whether the owner is inside, or about to look for claims

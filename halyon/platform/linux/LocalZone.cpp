@@ -9,7 +9,6 @@
 #include <ctime>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <optional>
 #include <string>
@@ -18,6 +17,7 @@
 #include <sys/stat.h>
 
 #include <halyon/platform/DateTimeUtils.h>
+#include <halyon/platform/TovMutex.h>
 #include <halyon/platform/TovPCMac.h>
 
 namespace Halyon::Linux
@@ -110,15 +110,15 @@ struct KnownZone
 
 // Plain words and no objects with an end of their own: a conversion in some later static destructor finds nothing and
 // reads the zone anew, instead of finding what is gone.
-constinit std::mutex g_mutex;
-constinit KnownZone* g_newest = nullptr; // guarded by g_mutex
+constinit TovMutex g_mutex;
+constinit KnownZone* g_newest HYN_GUARDED_BY(g_mutex) = nullptr;
 constinit std::atomic<const LocalZone*> g_current{nullptr};
 
 struct ReleaseAtUnload
 {
     ~ReleaseAtUnload()
     {
-        const std::scoped_lock lock(g_mutex);
+        const TovMutexLock lock(g_mutex);
         g_current.store(nullptr, std::memory_order_release);
         std::unique_ptr<KnownZone> zone(std::exchange(g_newest, nullptr));
         while (zone != nullptr)
@@ -127,8 +127,7 @@ struct ReleaseAtUnload
 };
 const ReleaseAtUnload g_releaseAtUnload;
 
-// Requires: g_mutex is held.
-const LocalZone& FindOrLearn()
+const LocalZone& FindOrLearn() HYN_REQUIRES(g_mutex)
 {
     const char* name = std::getenv("TZ");
     // Looked at before the C library looks: a file that is replaced in between will be read again next time.
@@ -145,7 +144,7 @@ const LocalZone& FindOrLearn()
 }
 
 // Without memory the zone stays what it was.
-void ReadSystemZone() noexcept
+void ReadSystemZone() noexcept HYN_REQUIRES(g_mutex)
 {
     try
     {
@@ -251,7 +250,7 @@ const LocalZone* LocalZone::Current() noexcept
 {
     if (const LocalZone* zone = g_current.load(std::memory_order_acquire))
         return zone;
-    const std::scoped_lock lock(g_mutex);
+    const TovMutexLock lock(g_mutex);
     if (g_current.load(std::memory_order_relaxed) == nullptr)
         ReadSystemZone();
     return g_current.load(std::memory_order_relaxed);
@@ -261,6 +260,6 @@ const LocalZone* LocalZone::Current() noexcept
 void TovTimeZoneChanged() noexcept
 {
     using namespace Halyon::Linux;
-    const std::scoped_lock lock(g_mutex);
+    const Halyon::TovMutexLock lock(g_mutex);
     ReadSystemZone();
 }

@@ -55,7 +55,7 @@ void TovInitCriticalSection(TovCriticalSection* pSection) noexcept
 
 void TovDeleteCriticalSection(TovCriticalSection* /*pSection*/) noexcept {}
 
-void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept
+void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept HYN_UNCHECKED
 {
     const std::uint32_t self = Halyon::Linux::ThreadID();
     const std::atomic_ref owner(pSection->uOwner);
@@ -81,7 +81,7 @@ void TovEnterCriticalSection(TovCriticalSection* pSection) noexcept
     EnterContended(&pSection->uOwner, self);
 }
 
-void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept
+void TovLeaveCriticalSection(TovCriticalSection* pSection) noexcept HYN_UNCHECKED
 {
     if (pSection->uDepth != 0)
     {

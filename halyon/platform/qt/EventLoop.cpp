@@ -6,12 +6,13 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <vector>
 
 #include <QCoreApplication>
 #include <QTimer>
+
+#include <halyon/platform/TovMutex.h>
 
 #include "Application.h"
 
@@ -42,14 +43,14 @@ namespace
 OpaqueEventLoop g_mainLoop;
 
 // The loop's state that other threads reach. The application object may come and go several times in a program.
-std::mutex g_mutex;
-bool g_applicationLives = false;             // guarded by g_mutex
-bool g_quitRequested = false;                // guarded by g_mutex
+TovMutex g_mutex;
+bool g_applicationLives HYN_GUARDED_BY(g_mutex) = false;
+bool g_quitRequested HYN_GUARDED_BY(g_mutex) = false;
 std::vector<OpaqueEventLoopTimer*> g_timers; // main thread only
 
 bool TakeQuitRequest() noexcept
 {
-    const std::scoped_lock lock(g_mutex);
+    const TovMutexLock lock(g_mutex);
     return std::exchange(g_quitRequested, false);
 }
 
@@ -80,7 +81,7 @@ void OnApplicationEnds()
 {
     for (OpaqueEventLoopTimer* timer : g_timers)
         timer->spTimer.reset();
-    const std::scoped_lock lock(g_mutex);
+    const TovMutexLock lock(g_mutex);
     g_applicationLives = false;
 }
 
@@ -89,7 +90,7 @@ void OnApplicationBegins()
     qAddPostRoutine(OnApplicationEnds);
     for (OpaqueEventLoopTimer* timer : g_timers)
         Begin(timer);
-    const std::scoped_lock lock(g_mutex);
+    const TovMutexLock lock(g_mutex);
     g_applicationLives = true;
 }
 
@@ -128,7 +129,7 @@ void RunApplicationEventLoop()
 void QuitApplicationEventLoop() noexcept
 try
 {
-    const std::scoped_lock lock(g_mutex);
+    const TovMutexLock lock(g_mutex);
     g_quitRequested = true;
     // Queued, so that it reaches a loop which is about to run as well; the request itself decides.
     if (g_applicationLives)
