@@ -105,7 +105,7 @@ std::string CheckFile(const std::string& name, Catalog::Mode mode)
 
 std::int32_t Number(Database& database, const char16_t* sql)
 {
-    return database.Query(sql).Get<std::int32_t>(0);
+    return database.query(sql).row().get<std::int32_t>(0);
 }
 } // namespace
 
@@ -151,7 +151,7 @@ void Catalog::Upgrade()
     if (!isOld()) // another program was faster
         return;
     for (const char16_t* sql : kFromVersion1)
-        m_database.Execute(sql);
+        m_database.execute(sql);
     transaction.Commit();
 }
 
@@ -170,13 +170,13 @@ void Catalog::Create()
 {
     // UTF-8 sorts by code point and halves the file; the wide interface would make it UTF-16. Set before anything is
     // stored, it is no part of the transaction.
-    m_database.Execute(u"PRAGMA encoding = 'UTF-8'");
+    m_database.execute(u"PRAGMA encoding = 'UTF-8'");
     Transaction transaction(m_database);
     // Another program may have been faster, and a database with tables of its own is none of ours.
     if (Number(m_database, u"SELECT count(*) FROM sqlite_master") == 0)
     {
         for (const char16_t* sql : kSchema)
-            m_database.Execute(sql);
+            m_database.execute(sql);
     }
     transaction.Commit();
 }

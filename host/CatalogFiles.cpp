@@ -34,26 +34,21 @@ constexpr const char16_t* kRemove = u"DELETE FROM file WHERE id = ?";
 constexpr const char16_t* kRemoveEmptyFolders = u"DELETE FROM folder WHERE volume = ? AND path >= ? AND path < ?"
                                                 u" AND NOT EXISTS (SELECT 1 FROM file WHERE file.folder = folder.id)";
 
-CTovStringW Wide(std::string_view text)
-{
-    return CTovStringW::FromUTF8(text);
-}
-
-// Binds the first three parameters: the volume, and the range of paths of a folder and all below it.
-Command& BindRange(Command& command, StoredFolder folder)
+// Just behind the paths of a folder and all below it.
+std::string EndOf(StoredFolder folder)
 {
     std::string end(folder.path);
     end.back() = '/' + 1;
-    return command.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Bind(2, Wide(end));
+    return end;
 }
 } // namespace
 
 CatalogFiles::CatalogFiles(Catalog& catalog)
-    : m_findFolder(catalog.GetDatabase().Prepare(kFindFolder)), m_find(catalog.GetDatabase().Prepare(kFind)),
-      m_addFolder(catalog.GetDatabase().Prepare(kAddFolder)), m_store(catalog.GetDatabase().Prepare(kStore)),
-      m_countBelow(catalog.GetDatabase().Prepare(kCountBelow)),
-      m_filesBelow(catalog.GetDatabase().Prepare(kFilesBelow)), m_remove(catalog.GetDatabase().Prepare(kRemove)),
-      m_removeEmptyFolders(catalog.GetDatabase().Prepare(kRemoveEmptyFolders))
+    : m_findFolder(catalog.GetDatabase().prepare(kFindFolder)), m_find(catalog.GetDatabase().prepare(kFind)),
+      m_addFolder(catalog.GetDatabase().prepare(kAddFolder)), m_store(catalog.GetDatabase().prepare(kStore)),
+      m_countBelow(catalog.GetDatabase().prepare(kCountBelow)),
+      m_filesBelow(catalog.GetDatabase().prepare(kFilesBelow)), m_remove(catalog.GetDatabase().prepare(kRemove)),
+      m_removeEmptyFolders(catalog.GetDatabase().prepare(kRemoveEmptyFolders))
 {
 }
 
@@ -62,8 +57,8 @@ long long CatalogFiles::FindFolder(StoredFolder folder)
 {
     if (!m_lastFolder || m_lastFolder->volume != folder.volume || m_lastFolder->path != folder.path)
     {
-        const RecordSet rows = m_findFolder.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Open();
-        m_lastFolder = {rows.AtEnd() ? 0 : rows.Get<long long>(0), folder.volume, std::string(folder.path)};
+        const Rows rows = m_findFolder.query(folder.volume, folder.path);
+        m_lastFolder = {rows.at_end() ? 0 : rows.row().get<long long>(0), folder.volume, std::string(folder.path)};
     }
     return m_lastFolder->id;
 }
@@ -72,7 +67,7 @@ long long CatalogFiles::AddFolder(StoredFolder folder)
 {
     if (FindFolder(folder) == 0)
     {
-        m_addFolder.Bind(0, folder.volume).Bind(1, Wide(folder.path)).Execute();
+        m_addFolder.execute(folder.volume, folder.path);
         m_lastFolder.reset();
     }
     return FindFolder(folder);
@@ -83,44 +78,42 @@ std::optional<KnownFile> CatalogFiles::Find(StoredFolder folder, const std::stri
     const long long id = FindFolder(folder);
     if (id == 0)
         return std::nullopt;
-    const RecordSet rows = m_find.Bind(0, id).Bind(1, Wide(name)).Open();
-    if (rows.AtEnd())
+    const Rows rows = m_find.query(id, name);
+    if (rows.at_end())
         return std::nullopt;
-    const FileStamp stamp = {rows.Get<long long>(0), rows.Get<long long>(1), rows.Get<long long>(2)};
-    return KnownFile{stamp, rows.Get<std::int32_t>(3) != 0, rows.Text(4).value_or("")};
+    const auto [size, modified, inode, isMedia, problem] =
+        rows.row().as<long long, long long, long long, bool, std::optional<std::string>>();
+    return KnownFile{{size, modified, inode}, isMedia, problem.value_or("")};
 }
 
 void CatalogFiles::Store(StoredFolder folder, const std::string& name, const FileFacts& facts)
 {
-    m_store.Bind(0, AddFolder(folder)).Bind(1, Wide(name));
-    m_store.Bind(2, facts.stamp.size).Bind(3, facts.stamp.modifiedNs).Bind(4, facts.stamp.inode);
-    m_store.Bind(5, facts.kind ? Wide(MediaKindName(*facts.kind)) : CTovStringW()).Bind(6, facts.taken);
-    m_store.Bind(7, facts.width).Bind(8, facts.height).Bind(9, facts.rating.value_or(-1));
-    m_store.Bind(10, Wide(facts.problem)).Execute();
+    m_store.execute(AddFolder(folder), name, facts.stamp.size, facts.stamp.modifiedNs, facts.stamp.inode,
+                    facts.kind ? MediaKindName(*facts.kind) : "", facts.taken, facts.width, facts.height,
+                    facts.rating.value_or(-1), facts.problem);
 }
 
 std::vector<StoredFile> CatalogFiles::FilesBelow(StoredFolder folder, long long after, int limit)
 {
     std::vector<StoredFile> files;
-    BindRange(m_filesBelow, folder).Bind(3, after).Bind(4, limit);
-    for (RecordSet rows = m_filesBelow.Open(); !rows.AtEnd(); rows.Next())
-        files.push_back({rows.Get<long long>(0), rows.Text(1).value_or(""), rows.Get<std::int32_t>(2) != 0});
+    for (auto& row : m_filesBelow.query(folder.volume, folder.path, EndOf(folder), after, limit))
+        files.push_back({row.get<long long>(0), row.get<std::optional<std::string>>(1).value_or(""), row.get<bool>(2)});
     return files;
 }
 
 std::uint64_t CatalogFiles::CountBelow(StoredFolder folder)
 {
-    const RecordSet rows = BindRange(m_countBelow, folder).Open();
-    return static_cast<std::uint64_t>(rows.Get<long long>(0));
+    const Rows rows = m_countBelow.query(folder.volume, folder.path, EndOf(folder));
+    return static_cast<std::uint64_t>(rows.row().get<long long>(0));
 }
 
 void CatalogFiles::Remove(long long id)
 {
-    m_remove.Bind(0, id).Execute();
+    m_remove.execute(id);
 }
 
 void CatalogFiles::RemoveEmptyFolders(StoredFolder folder)
 {
-    BindRange(m_removeEmptyFolders, folder).Execute();
+    m_removeEmptyFolders.execute(folder.volume, folder.path, EndOf(folder));
 }
 } // namespace HynHost

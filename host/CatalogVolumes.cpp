@@ -1,6 +1,7 @@
 #include <host/CatalogVolumes.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace HynHost
 {
@@ -35,16 +36,16 @@ bool IsAsStored(const StoredVolume& row, const Volume& volume)
 
 void Run(Database& database, const char16_t* sql, long long id, const std::string& text)
 {
-    database.Prepare(sql).Bind(0, id).Bind(1, CTovStringW::FromUTF8(text)).Execute();
+    database.execute(sql, id, text);
 }
 } // namespace
 
 std::vector<StoredVolume> StoredVolumes(Database& database)
 {
     std::vector<StoredVolume> volumes;
-    RecordSet rows = database.Query(u"SELECT id, mount, identity FROM volume ORDER BY id");
-    for (; !rows.AtEnd(); rows.Next())
-        volumes.push_back({rows.Get<long long>(0), rows.Text(1).value_or(""), rows.Text(2).value_or("")});
+    for (auto& row : database.query(u"SELECT id, mount, identity FROM volume ORDER BY id"))
+        volumes.push_back({row.get<long long>(0), row.get<std::optional<std::string>>(1).value_or(""),
+                           row.get<std::optional<std::string>>(2).value_or("")});
     return volumes;
 }
 
@@ -61,8 +62,8 @@ long long EnterVolume(Database& database, const Volume& volume)
     const StoredVolume* match = Match(stored, volume);
     const bool isNew = match == nullptr;
     if (isNew)
-        database.Execute(u"INSERT INTO volume (mount) VALUES ('')");
-    const long long id = isNew ? database.LastInsertID() : match->id;
+        database.execute(u"INSERT INTO volume (mount) VALUES ('')");
+    const long long id = isNew ? database.last_insert_id() : match->id;
     Run(database, u"UPDATE volume SET mount = ?2 WHERE id = ?1", id, volume.mount);
     if (isNew && !volume.mount.empty())
         Run(database, kTakeOver, id, volume.mount);

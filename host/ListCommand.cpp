@@ -149,22 +149,25 @@ template <class Visit>
 void ForEachMedium(Catalog& catalog, Visit visit)
 {
     const VolumePlaces places(catalog.GetDatabase());
-    RecordSet rows = catalog.GetDatabase().Query(u"SELECT path, folder, kind, size, taken, width, height,"
-                                                 u" ifnull(rating, -1), problem IS NOT NULL, volume"
-                                                 u" FROM media ORDER BY taken DESC, path");
-    Medium medium;
-    for (; !rows.AtEnd(); rows.Next())
+    const auto text = [](const Row& row, std::int32_t column)
     {
-        medium.path = rows.Text(0).value_or("");
-        medium.folder = rows.Text(1).value_or("");
-        medium.kind = rows.Text(2).value_or("");
-        medium.size = rows.Get<long long>(3);
-        medium.taken = rows.Get<FILETIME>(4);
-        medium.width = rows.Get<std::int32_t>(5);
-        medium.height = rows.Get<std::int32_t>(6);
-        medium.rating = rows.Get<std::int32_t>(7);
-        medium.problem = rows.Get<std::int32_t>(8) != 0;
-        places.Correct(rows.Get<long long>(9), medium);
+        return row.get<std::optional<std::string>>(column).value_or("");
+    };
+    Medium medium;
+    for (auto& row : catalog.GetDatabase().query(u"SELECT path, folder, kind, size, taken, width, height,"
+                                                 u" ifnull(rating, -1), problem IS NOT NULL, volume"
+                                                 u" FROM media ORDER BY taken DESC, path"))
+    {
+        medium.path = text(row, 0);
+        medium.folder = text(row, 1);
+        medium.kind = text(row, 2);
+        row.read(3, medium.size);
+        row.read(4, medium.taken);
+        row.read(5, medium.width);
+        row.read(6, medium.height);
+        row.read(7, medium.rating);
+        row.read(8, medium.problem);
+        places.Correct(row.get<long long>(9), medium);
         visit(medium);
     }
 }

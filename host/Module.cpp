@@ -2,11 +2,9 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
-#include <dlfcn.h>
-
-#include <halyon/framework/HynIdentifiers.h>
 #include <host/HostError.h>
 
 namespace HynHost
@@ -30,38 +28,15 @@ std::filesystem::path FindModule()
     }
     throw HostError("cannot find the module HynSQ.so (HALYON_MODULE may name it); tried:" + tried);
 }
-
-std::string LinkerReason()
-{
-    const char* reason = dlerror();
-    return reason == nullptr ? "unknown error" : reason;
-}
 } // namespace
 
-void Module::Closer::operator()(void* handle) const noexcept
+Halyon::Client::Module LoadModule()
 {
-    dlclose(handle);
-}
-
-Module::Module() : m_path(FindModule()), m_handle(dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL))
-{
-    if (m_handle == nullptr)
-        throw HostError("cannot load the module", m_path.string(), LinkerReason());
-    m_getClassObject =
-        reinterpret_cast<Halyon::HynGetClassObjectProc>(dlsym(m_handle.get(), Halyon::kHynGetClassObjectName));
-    if (m_getClassObject == nullptr)
-        throw HostError("cannot use the module", m_path.string(), LinkerReason());
-}
-
-Halyon::CHynAutoPtr<Halyon::IHynSQConnection> Module::CreateConnection() const
-{
-    void* object = nullptr;
-    const Halyon::HynResult result =
-        m_getClassObject(Halyon::CLSID_HynSQConnection, Halyon::IID_IHynSQConnection, &object);
-    if (Halyon::HynFailed(result))
-        throw HostError("cannot get a connection from", m_path.string(), Halyon::HynResultName(result));
-    Halyon::CHynAutoPtr<Halyon::IHynSQConnection> connection;
-    connection.Attach(static_cast<Halyon::IHynSQConnection*>(object));
-    return connection;
+    const std::filesystem::path path = FindModule();
+    std::string reason;
+    Halyon::Client::Module module;
+    if (Halyon::HynFailed(module.try_load(path.c_str(), &reason)))
+        throw HostError("cannot load the module", path.string(), reason);
+    return module;
 }
 } // namespace HynHost

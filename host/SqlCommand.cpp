@@ -92,7 +92,7 @@ void RunStatement(Database& database, const Script& script, const SqlStatement& 
 // A transaction that the statements began and did not end goes with the connection: that must not go unnoticed.
 void EndTransaction(Database& database)
 {
-    if (Halyon::HynSucceeded(database.Interface()->RollbackTrans()))
+    if (Halyon::HynSucceeded(database.interface()->RollbackTrans()))
         std::fputs("hynhost: the transaction was not committed; what it changed is undone\n", stderr);
 }
 

@@ -47,10 +47,10 @@ std::string Hex(const SqlBlob& bytes)
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
     text.reserve(bytes.size() * 2);
-    for (const unsigned byte : bytes)
+    for (const std::byte byte : bytes)
     {
-        text += kDigits[byte >> 4U];
-        text += kDigits[byte & 15U];
+        text += kDigits[std::to_integer<std::size_t>(byte >> 4)];
+        text += kDigits[std::to_integer<std::size_t>(byte & std::byte{15})];
     }
     return text;
 }

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <cstring>
+#include <optional>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -13,11 +14,6 @@ namespace HynHost
 {
 namespace
 {
-RecordSet Run(Database& database, const std::string& sql)
-{
-    return database.Query(CTovStringW::FromUTF8(sql));
-}
-
 // The names of the columns of a query, which is not run; empty when they cannot be told.
 std::vector<std::string> NamesOfQuery(Database& database, const std::string& query)
 {
@@ -27,7 +23,7 @@ std::vector<std::string> NamesOfQuery(Database& database, const std::string& que
     try
     {
         // The line break ends a comment at the end of the query.
-        Run(database, "CREATE TEMP VIEW \"hynhost columns\" AS " + query + "\n");
+        database.execute("CREATE TEMP VIEW \"hynhost columns\" AS " + query + "\n");
     }
     catch (const DatabaseError&) // a parameter, a session that may not write, a table that no view may read
     {
@@ -35,24 +31,22 @@ std::vector<std::string> NamesOfQuery(Database& database, const std::string& que
     }
     try
     {
-        RecordSet rows = Run(database, "SELECT name FROM pragma_table_info('hynhost columns') ORDER BY cid");
-        for (; !rows.AtEnd(); rows.Next())
-            names.push_back(rows.Text(0).value_or(""));
+        for (auto& row : database.query("SELECT name FROM pragma_table_info('hynhost columns') ORDER BY cid"))
+            names.push_back(row.get<std::optional<std::string>>(0).value_or(""));
     }
     catch (const DatabaseError&)
     {
         names.clear();
     }
-    Run(database, "DROP VIEW temp.\"hynhost columns\"");
+    database.execute("DROP VIEW temp.\"hynhost columns\"");
     return names;
 }
 
 std::vector<std::string> NamesOfPragma(Database& database, const std::string& name)
 {
     std::vector<std::string> names;
-    RecordSet rows = Run(database, "SELECT name FROM pragma_table_info('pragma_" + name + "') ORDER BY cid");
-    for (; !rows.AtEnd(); rows.Next())
-        names.push_back(rows.Text(0).value_or(""));
+    for (auto& row : database.query("SELECT name FROM pragma_table_info('pragma_" + name + "') ORDER BY cid"))
+        names.push_back(row.get<std::optional<std::string>>(0).value_or(""));
     return names.empty() ? std::vector{name} : names;
 }
 
@@ -74,13 +68,6 @@ std::vector<std::string> LikelyNames(Database& database, const SqlStatement& sta
     }
 }
 
-std::string ToUTF8(const std::vector<std::uint8_t>& units)
-{
-    std::u16string text(units.size() / sizeof(char16_t), u'\0');
-    std::copy_n(units.begin(), text.size() * sizeof(char16_t), reinterpret_cast<std::uint8_t*>(text.data()));
-    return CTovStringW(std::u16string_view(text)).ToUTF8();
-}
-
 template <class Number>
 std::optional<Number> Spelled(std::string_view text)
 {
@@ -91,7 +78,7 @@ std::optional<Number> Spelled(std::string_view text)
 
 [[noreturn]] void Fail(const DatabaseError& error, const std::string& where)
 {
-    throw SqlError(where + " failed with " + Halyon::HynResultName(error.Result()));
+    throw SqlError(where + " failed with " + Halyon::HynResultName(error.code()));
 }
 } // namespace
 
@@ -101,7 +88,7 @@ SqlResult::SqlResult(Database& database, const SqlStatement& statement)
     try
     {
         // First as it is: what is wrong with it is not to be blamed on what is put around it.
-        static_cast<void>(database.Prepare(CTovStringW::FromUTF8(statement.text)));
+        static_cast<void>(database.prepare(statement.text));
         if (KindOf(statement.text) == SqlKind::Query)
             m_names = NamesOfQuery(database, statement.text);
         where = "stepping to row 1";
@@ -129,8 +116,8 @@ void SqlResult::OpenQuery(Database& database, const std::string& text)
     }
     // Limits that limit nothing, but keep the engine from merging the two queries and computing a value a second time
     // for its type. Rows still come one by one and in the order of the query.
-    m_rows = Run(database, "WITH q(" + columns + ") AS (SELECT * FROM (" + text + "\n) LIMIT -1) SELECT " + columns +
-                               types + " FROM q LIMIT -1");
+    m_rows = database.query("WITH q(" + columns + ") AS (SELECT * FROM (" + text + "\n) LIMIT -1) SELECT " + columns +
+                            types + " FROM q LIMIT -1");
     m_typed = true;
 }
 
@@ -138,28 +125,28 @@ void SqlResult::OpenPlain(Database& database, const SqlStatement& statement)
 {
     // Before the statement runs: it may change what they are.
     const std::vector<std::string> likely = LikelyNames(database, statement);
-    m_rows = Run(database, statement.text);
+    m_rows = database.query(statement.text);
     if (AnswersTo(likely))
     {
         m_names = likely;
         return;
     }
-    for (std::int32_t k = 1; k <= m_rows->Columns(); ++k)
+    for (std::int32_t k = 1; k <= m_rows.column_count(); ++k)
         m_names.push_back("column " + std::to_string(k));
 }
 
 bool SqlResult::AnswersTo(const std::vector<std::string>& names) const
 {
-    if (std::cmp_not_equal(names.size(), m_rows->Columns()))
+    if (std::cmp_not_equal(names.size(), m_rows.column_count()))
         return false;
-    if (m_rows->AtEnd()) // nothing to ask
+    if (m_rows.at_end()) // nothing to ask
         return true;
     for (const std::string& name : names)
     {
         std::uint32_t size = 0;
         const CTovStringW wide = CTovStringW::FromUTF8(name);
         const char16_t* column = wide;
-        if (Halyon::HynFailed(m_rows->Interface()->GetFieldValue(column, static_cast<void*>(nullptr), &size)))
+        if (Halyon::HynFailed(m_rows.interface()->GetFieldValue(column, static_cast<void*>(nullptr), &size)))
             return false;
     }
     return true;
@@ -169,7 +156,7 @@ void SqlResult::Next()
 {
     try
     {
-        m_rows->Next();
+        m_rows.next();
         ++m_row;
     }
     catch (const DatabaseError& error)
@@ -198,16 +185,16 @@ std::vector<SqlValue> SqlResult::Row() const
 
 SqlValue SqlResult::TypedValue(std::int32_t column) const
 {
-    switch (m_rows->Get<std::int32_t>(column + static_cast<std::int32_t>(m_names.size())))
+    switch (m_rows.row().get<std::int32_t>(column + static_cast<std::int32_t>(m_names.size())))
     {
     case 'i':
-        return m_rows->Get<long long>(column);
+        return m_rows.row().get<long long>(column);
     case 'r':
-        return m_rows->Get<double>(column);
-    case 't': // not through the text reader, which stops at a zero character
-        return ToUTF8(m_rows->Bytes(column));
+        return m_rows.row().get<double>(column);
+    case 't':
+        return m_rows.row().get<std::string>(column);
     case 'b':
-        return m_rows->Bytes(column);
+        return m_rows.row().get<SqlBlob>(column);
     default:
         return std::monostate();
     }
@@ -216,21 +203,20 @@ SqlValue SqlResult::TypedValue(std::int32_t column) const
 SqlValue SqlResult::InferredValue(std::int32_t column) const
 {
     // Bytes first: reading a blob as text makes a text of it. What is text has the same bytes in both readings.
-    SqlBlob bytes = m_rows->Bytes(column);
+    auto bytes = m_rows.row().get<SqlBlob>(column);
     std::u16string units(bytes.size() / sizeof(char16_t) + 1, u'\0');
-    auto room = static_cast<std::uint32_t>(units.size());
-    const HynResult result = m_rows->Interface()->GetFieldValue(column, units.data(), &room);
+    const HynResult result = m_rows.row().try_read(column, std::span<char16_t>(units));
     if (result == Halyon::HYN_E_SQNULLVALUE)
         return std::monostate();
     const std::size_t size = tov_wcslen(units.c_str()) * sizeof(char16_t);
     if (Halyon::HynFailed(result) || size != bytes.size() ||
-        !std::equal(bytes.begin(), bytes.end(), reinterpret_cast<const std::uint8_t*>(units.data())))
+        !std::equal(bytes.begin(), bytes.end(), reinterpret_cast<const std::byte*>(units.data())))
         return bytes;
-    const std::string text = ToUTF8(bytes);
-    const auto integer = m_rows->Get<long long>(column);
+    const auto text = m_rows.row().get<std::string>(column);
+    const auto integer = m_rows.row().get<long long>(column);
     if (std::to_string(integer) == text)
         return integer;
-    const auto real = m_rows->Get<double>(column);
+    const auto real = m_rows.row().get<double>(column);
     if (text.find_first_of(".e") != std::string::npos && Spelled<double>(text) == real)
         return real;
     return text;

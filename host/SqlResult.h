@@ -8,8 +8,8 @@
 // the number.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <variant>
@@ -20,7 +20,7 @@
 
 namespace HynHost
 {
-using SqlBlob = std::vector<std::uint8_t>;
+using SqlBlob = std::vector<std::byte>;
 // NULL, an integer, a real, a text in UTF-8 or a blob.
 using SqlValue = std::variant<std::monostate, long long, double, std::string, SqlBlob>;
 
@@ -40,7 +40,7 @@ public:
     // Empty for a statement that has no rows by nature.
     [[nodiscard]] const std::vector<std::string>& Names() const noexcept { return m_names; }
 
-    [[nodiscard]] bool AtEnd() const { return m_rows->AtEnd(); }
+    [[nodiscard]] bool AtEnd() const { return m_rows.at_end(); }
     // Throws SqlError. [owner]
     void Next();
     // The values of the row. Throws SqlError. [owner]
@@ -54,7 +54,7 @@ private:
     [[nodiscard]] SqlValue InferredValue(std::int32_t column) const;
 
     std::vector<std::string> m_names;
-    std::optional<RecordSet> m_rows;
+    Rows m_rows;
     bool m_typed = false; // the second half of the columns has the first letter of the type of each in the first half
     long long m_row = 0;  // number of the current row, from 1
 };
