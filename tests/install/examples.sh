@@ -13,6 +13,7 @@ quietly() { "$@" >"$place/log" 2>&1 || { cat "$place/log"; echo "failed: $*"; ex
 quietly cmake --install "$build" --prefix "$place/first"
 mv "$place/first" "$place/prefix"
 module=$place/prefix/$libdir/halyon/HynSQ.so
+word_counter=93F33EA1-AEA5-48C7-82C3-8F7AB37A2337:FE207190-6D74-4EF4-A7CA-2374B28CA945
 
 # run FOLDER: the examples that were built there.
 run() {
@@ -23,6 +24,7 @@ run() {
   printf 'P1 4 3  0 0 0 0  0 1 1 0  0 0 0 0\n' >"$place/picture"
   "$1/outline" "$place/picture" | diff - <(echo '1,1 to 3,2; 160 x 80')
   "$1/component/count_words" "$1/component/WordCounter.so" 'sea  and harbour' $'\u3000月 光' | diff - <(echo '5 words')
+  quietly "$place/prefix/bin/hynvalidate" --class "$word_counter" "$1/component/WordCounter.so"
   nm -D --defined-only "$1/component/WordCounter.so" | sed 's/.* //' | sort | diff - <(printf '%s\n' MyDll{CanUnloadNow,GetClassObject})
 }
 
