@@ -1,5 +1,5 @@
-# `cmake --install`, in three parts, which are also the packages: `module` (HynSQ.so), `dev` (headers, static runtime, CMake
-# package, pkg-config files, examples) and `host` (the programs and their manual pages).
+# `cmake --install`, in three parts, which are also the packages: `module` (HynSQ.so), `dev` (headers, static runtime,
+# CMake package, pkg-config files, examples) and `host` (the programs and their manual pages).
 
 include(CMakePackageConfigHelpers)
 
@@ -64,7 +64,7 @@ endfunction()
 
 halyon_pc(halyon-core DESCRIPTION "Object model, wide string, dates and paths" REQUIRES "icu-uc"
           LIBS "-lHalyonCore -pthread")
-halyon_pc(halyon-client DESCRIPTION "Modern C++ over the interfaces of the module, header-only" REQUIRES "halyon-core")
+halyon_pc(halyon-client DESCRIPTION "The interfaces of the module as modern C++, header-only" REQUIRES "halyon-core")
 halyon_pc(halyon-database DESCRIPTION "The database component, to be linked in" REQUIRES "halyon-core, sqlite3"
           LIBS "-lHalyonDatabase")
 halyon_pc(halyon-thread DESCRIPTION "Threads and events" REQUIRES "halyon-core, Qt6Core" LIBS "-lHalyonThread")
@@ -76,5 +76,5 @@ halyon_pc(
   DESCRIPTION "Flags of a component module of one's own: one command compiles and links it"
   REQUIRES "halyon-core"
   CFLAGS "-fPIC -fvisibility=hidden -fvisibility-inlines-hidden"
-  LIBS "-shared -Wl,--version-script=\${prefix}/${HALYON_PACKAGE_DIR}/HynModule.exports -Wl,-Bsymbolic -Wl,--as-needed -Wl,--no-undefined"
-)
+  LIBS "-shared -Wl,--version-script=\${prefix}/${HALYON_PACKAGE_DIR}/HynModule.exports \
+-Wl,-Bsymbolic -Wl,--as-needed -Wl,--no-undefined")

@@ -1,8 +1,8 @@
 # halyon_add_module(NAME SOURCES file... [LINK library...] [EXPORTS file])
 #
 # A loadable component module, file NAME.so, that links Halyon::Core for itself. It shows its entry points and nothing
-# else, or what the version script EXPORTS names; it uses its own symbols, also in a process where something else has one of the
-# same name; and everything that it needs is found when it is linked, not when a host loads it.
+# else, or what the version script EXPORTS names; it uses its own symbols, also in a process where something else has
+# one of the same name; and everything that it needs is found when it is linked, not when a host loads it.
 function(halyon_add_module name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORTS" "SOURCES;LINK")
   if(arg_UNPARSED_ARGUMENTS OR NOT arg_SOURCES)

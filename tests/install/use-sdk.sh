@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the examples against an installed SDK by CMake and by pkg-config, and compares what they print. The SDK is where
-# CMake and pkg-config look for it; MODULE is its HynSQ.so.
+# Builds the examples against an installed SDK by CMake and by pkg-config, and compares what they print. The SDK is
+# where CMake and pkg-config look for it; MODULE is its HynSQ.so.
 #   use-sdk.sh EXAMPLES MODULE COMPILER
 set -euo pipefail
 examples=$1 module=$2 compiler=$3
@@ -21,8 +21,9 @@ run() {
   # Four by three pixels, two of them black.
   printf 'P1 4 3  0 0 0 0  0 1 1 0  0 0 0 0\n' >"$place/picture"
   "$1/outline" "$place/picture" | diff - <(echo '1,1 to 3,2; 160 x 80')
-  "$1/component/count_words" "$1/component/WordCounter.so" 'sea  and harbour' $'\u3000月 光' | diff - <(echo '5 words')
-  nm -D --defined-only "$1/component/WordCounter.so" | sed 's/.* //' | sort | diff - <(printf '%s\n' MyDll{CanUnloadNow,GetClassObject})
+  local component=$1/component/WordCounter.so
+  "$1/component/count_words" "$component" 'sea  and harbour' $'\u3000月 光' | diff - <(echo '5 words')
+  nm -D --defined-only "$component" | sed 's/.* //' | sort | diff - <(printf '%s\n' MyDll{CanUnloadNow,GetClassObject})
 }
 
 configure() { cmake -S "$1" -B "$place/$2" -DCMAKE_CXX_COMPILER="$compiler" "${@:3}"; }
@@ -51,7 +52,8 @@ without=(-DCMAKE_DISABLE_FIND_PACKAGE_{Qt6,SQLite3,PkgConfig}=ON)
 status=0
 while IFS='|' read -r words expected; do
   configure "$place/asking" asked "-DWORDS=$words" "${without[@]}" >"$place/log" 2>&1 || true
-  tr -s ' \n' ' ' <"$place/log" | grep -qF -- "$expected" || { cat "$place/log"; echo "$words should give: $expected"; status=1; }
+  tr -s ' \n' ' ' <"$place/log" | grep -qF -- "$expected" ||
+    { cat "$place/log"; echo "$words should give: $expected"; status=1; }
 done <<'END_OF_TABLE'
 REQUIRED;COMPONENTS;Core;Client|found 1 TRUE
 REQUIRED;COMPONENTS;Core;OPTIONAL_COMPONENTS;Thread;Sound|found 1 TRUE
