@@ -1,5 +1,5 @@
 # `cmake --install`, in three parts, which are also the packages: `module` (HynSQ.so), `dev` (headers, static runtime,
-# CMake package, pkg-config files, examples) and `host` (the programs and their manual pages).
+# CMake package, pkg-config files, examples, validator) and `host` (the sample host).
 
 include(CMakePackageConfigHelpers)
 

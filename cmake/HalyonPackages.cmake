@@ -43,7 +43,7 @@ halyon_package(
   SUMMARY "component runtime, to build hosts and components with"
   TEXT "Headers, static libraries, CMake package, pkg-config files and examples:"
        "object model, wide string, threads with event queues, dates, and the"
-       "tools of the desktop."
+       "tools of the desktop. hynvalidate checks that a module keeps the rules."
   DEPENDS ${this_module} libicu-dev libsqlite3-dev qt6-base-dev libglib2.0-dev)
 halyon_package(
   host

@@ -10,4 +10,5 @@ cmake --install "$build" --prefix "$place/first" >"$place/log" || { cat "$place/
 mv "$place/first" "$place/prefix"
 
 export CMAKE_PREFIX_PATH=$place/prefix PKG_CONFIG_PATH=$place/prefix/$libdir/pkgconfig CMAKE_GENERATOR=Ninja
+export PATH=$place/prefix/bin:$PATH
 "$(dirname "$0")/use-sdk.sh" "$examples" "$place/prefix/$libdir/halyon/HynSQ.so" "$compiler"

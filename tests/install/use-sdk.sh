@@ -23,6 +23,7 @@ run() {
   "$1/outline" "$place/picture" | diff - <(echo '1,1 to 3,2; 160 x 80')
   local component=$1/component/WordCounter.so
   "$1/component/count_words" "$component" 'sea  and harbour' $'\u3000月 光' | diff - <(echo '5 words')
+  quietly hynvalidate --class 93F33EA1-AEA5-48C7-82C3-8F7AB37A2337:FE207190-6D74-4EF4-A7CA-2374B28CA945 "$component"
   nm -D --defined-only "$component" | sed 's/.* //' | sort | diff - <(printf '%s\n' MyDll{CanUnloadNow,GetClassObject})
 }
 
