@@ -26,8 +26,9 @@ public:
     // HYN_E_FAIL: null or malformed `sql`, no connection, no handle for this thread. [owner]
     virtual HynResult PrepareSQL(const char16_t* sql) = 0;
 
-    // Binding. HYN_E_FAIL: nothing prepared, an index below 0 or not below the number of parameters, the engine's
-    // refusal; for text and blobs also a null pointer, for blobs a length of 0. [owner & prepared]
+    // Binds a value to a parameter. HYN_E_FAIL: nothing prepared, an index below 0 or not below the number of
+    // parameters, the engine's refusal; for text and blobs also a null pointer, for blobs a length of 0. [owner &
+    // prepared]
     virtual HynResult BindFieldValue(std::int32_t index, std::int32_t value) = 0;
     // Never negative in the database: 0xFFFFFFFF is stored as 4294967295.
     virtual HynResult BindFieldValue(std::int32_t index, std::uint32_t value) = 0;

@@ -34,8 +34,8 @@ public:
     // or any other refusal. [owner]
     virtual HynResult Next() = 0;
 
-    // Readers, by name and by index. HYN_E_FAIL: an unknown, null or empty name, or the end, by name; an index that is
-    // no column; a null output. [owner & on a row]
+    // Reads a column of the row, by name or by index. HYN_E_FAIL: an unknown, null or empty name, or the end, by name;
+    // an index that is no column; a null output. [owner & on a row]
     virtual HynResult GetFieldValue(const char16_t* name, std::int32_t* value) = 0;
     virtual HynResult GetFieldValue(std::int32_t index, std::int32_t* value) = 0;
     // The low 32 bits of the 64-bit value.

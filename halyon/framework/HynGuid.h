@@ -12,6 +12,7 @@
 
 namespace Halyon
 {
+// An identifier in the usual layout of 8-4-4-4-12 digits; uuidgen makes new ones.
 struct HYN_GUID
 {
     std::uint32_t Data1;

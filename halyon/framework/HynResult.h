@@ -22,10 +22,13 @@ inline constexpr HynResult HYN_E_FAIL = static_cast<HynResult>(0x80000008u);
 inline constexpr HynResult HYN_E_NOINTERFACE = static_cast<HynResult>(0x81000001u);
 // An answered identifier was asked for with a null object or a null out pointer.
 inline constexpr HynResult HYN_E_POINTER = static_cast<HynResult>(0x81000002u);
-// Threads: it does not run; its wake-up event or the thread itself could not be made; it runs already.
+// The thread does not run.
 inline constexpr HynResult HYN_E_THREADNOTRUNNING = static_cast<HynResult>(0x81010001u);
+// The thread's wake-up event could not be made.
 inline constexpr HynResult HYN_E_THREADNOEVENT = static_cast<HynResult>(0x81010002u);
+// The thread itself could not be made.
 inline constexpr HynResult HYN_E_THREADNOTHREAD = static_cast<HynResult>(0x81010003u);
+// The thread runs already.
 inline constexpr HynResult HYN_E_THREADRUNNING = static_cast<HynResult>(0x81010004u);
 // No handler is registered for the event's identifier.
 inline constexpr HynResult HYN_E_NOHANDLER = static_cast<HynResult>(0x81020003u);

@@ -27,6 +27,7 @@ class QWindow;
 
 namespace Halyon
 {
+// A position, y first.
 struct Point
 {
     std::int16_t v;

@@ -57,6 +57,7 @@ public:
                                 IHynEventParam* pParam, void* pReceiver) = 0;
 };
 
+// A thread whose pending events can be dropped.
 class IHynThread2 : public IHynThread
 {
 public:
@@ -64,6 +65,7 @@ public:
     virtual HynResult ClearAllEvents() = 0;
 };
 
+// A thread whose pending events can be dropped by their identifiers.
 class IHynThread3 : public IHynThread2
 {
 public:

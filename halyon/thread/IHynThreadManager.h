@@ -45,6 +45,7 @@ public:
     virtual HynResult UnRegisterHandler(IHynEventHandler* pHandler, void* pUser) = 0;
 };
 
+// A manager that also drops pending events.
 class IHynThreadManager2 : public IHynThreadManager
 {
 public:
