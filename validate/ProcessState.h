@@ -23,7 +23,8 @@ private:
     std::map<std::string, std::string> m_values;
 };
 
-// Runs `action` many times; throws Failure "WHAT leaves ..." when the memory in use grows with it, or anything else of
-// the process's state changes. [any]
-void ExpectNoGrowth(const std::string& what, const std::function<void()>& action, int rounds = 512);
+// Runs `action` many times; throws Failure "WHAT leaves ..." when the memory in use grows by `noise` bytes a time, or
+// anything else of the process's state changes. [any]
+void ExpectNoGrowth(const std::string& what, const std::function<void()>& action, int rounds = 512,
+                    long long noise = 16);
 } // namespace HynValidate

@@ -11,8 +11,10 @@
 
 namespace
 {
-// The table that the connection uses instead: its own with all that a component's table goes on with.
-std::array<void*, Frozen::kConnectionEnd + 3> g_table;
+// The table that the connection uses instead: its own with what stands before the first slot (where the object begins
+// and what it is) and all that a component's table goes on with.
+constexpr int kBefore = 2;
+std::array<void*, kBefore + Frozen::kConnectionEnd + 3> g_table;
 } // namespace
 
 Halyon::HynResult MyDllGetClassObject(const Halyon::HYN_GUID& clsid, const Halyon::HYN_GUID& iid, void** ppv)
@@ -21,9 +23,10 @@ Halyon::HynResult MyDllGetClassObject(const Halyon::HYN_GUID& clsid, const Halyo
         return Halyon::HYN_E_NOINTERFACE;
     auto* connection = new CHynSQConnection;
     void** const object = reinterpret_cast<void**>(connection);
-    std::copy_n(static_cast<void**>(*object), g_table.size(), g_table.begin());
-    std::swap(g_table[Frozen::kCommitTrans], g_table[Frozen::kRollbackTrans]);
-    *object = g_table.data();
+    std::copy_n(static_cast<void**>(*object) - kBefore, g_table.size(), g_table.begin());
+    void** const slots = g_table.data() + kBefore;
+    std::swap(slots[Frozen::kCommitTrans], slots[Frozen::kRollbackTrans]);
+    *object = slots;
     Frozen::AddRef(object);
     const Halyon::HynResult result = connection->QueryInterface(iid, ppv);
     Frozen::Release(object);
