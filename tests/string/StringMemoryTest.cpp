@@ -1,11 +1,9 @@
-// What the string asks of memory, and what is left when there is none.
+// What the string asks of memory.
 
 #include <algorithm>
 #include <climits>
 #include <memory>
-#include <string>
 #include <string_view>
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -78,80 +76,6 @@ TEST(StringMemory, ABlockIsOneArrayOfExactlyHeaderTextAndTerminator)
         }
     }
     EXPECT_EQ(LiveAllocations(), live);
-}
-
-struct FailingCase
-{
-    const char* name;
-    void (*run)(CTovStringW& text);
-    const char* left; // the text after a failure
-    const char* done;
-};
-
-const FailingCase kFailing[] = {
-    {"assign", [](CTovStringW& text) { text = u"a longer text"; }, "", "a longer text"},
-    {"assign its own part", [](CTovStringW& text) { text = text + 1; }, "", "ab "},
-    {"append", [](CTovStringW& text) { text += u"c"; }, " ab ", " ab c"},
-    {"append itself", [](CTovStringW& text) { text += text; }, " ab ", " ab  ab "},
-    {"sum", [](CTovStringW& text) { text = text + text; }, "", " ab  ab "},
-    {"Mid", [](CTovStringW& text) { text = text.Mid(1, 2); }, "", "ab"},
-    {"Left", [](CTovStringW& text) { text = text.Left(2); }, "", " a"},
-    {"TrimLeft", [](CTovStringW& text) { text.TrimLeft(); }, "", "ab "},
-    {"TrimRight", [](CTovStringW& text) { text.TrimRight(); }, "", " ab"},
-    {"view", [](CTovStringW& text) { text = CTovStringW(std::u16string_view(u"v")); }, "", "v"},
-    {"UTF-8", [](CTovStringW& text) { text = CTovStringW::FromUTF8("u"); }, "", "u"},
-    {"copy of a locked text",
-     [](CTovStringW& text)
-     {
-         OpenString locked(text.View());
-         if (!locked.IsEmpty())
-             locked.Lock();
-         text = CTovStringW(locked);
-     },
-     "", " ab "},
-    {"platform text",
-     [](CTovStringW& text)
-     {
-         const Halyon::CFStringRef platform = text.StringRef();
-         text = CTovStringW(platform);
-         Halyon::CFRelease(platform);
-     },
-     "", " ab "},
-};
-
-// Fails the first allocation, the second, and so on, until the work succeeds.
-void FailEachAllocationOf(const FailingCase& c, bool shared)
-{
-    const long long live = LiveAllocations();
-    bool failed = true;
-    for (int nth = 1; failed; ++nth)
-    {
-        CTovStringW text = u" ab ";
-        CTovStringW other = shared ? text : CTovStringW();
-        {
-            const FailAllocation fail(nth);
-            c.run(text);
-            failed = FailAllocation::HasFailed();
-        }
-        EXPECT_EQ(U8(text), failed ? c.left : c.done) << c.name << ", allocation " << nth;
-        EXPECT_EQ(U8(other), shared ? " ab " : "") << c.name << ", allocation " << nth;
-        text += u"!"; // still of use
-        text = u"again and again";
-        EXPECT_EQ(U8(text), "again and again") << c.name << ", allocation " << nth;
-    }
-    EXPECT_EQ(LiveAllocations(), live) << c.name;
-}
-
-TEST(StringMemory, WithoutItEveryStringStaysUsableAndNothingLeaks)
-{
-    for (const FailingCase& c : kFailing)
-    {
-        FailEachAllocationOf(c, true);
-        // An unshared string trims, and takes a part of itself, where it is.
-        const std::string_view name = c.name;
-        if (name != "TrimLeft" && name != "TrimRight" && name != "assign its own part")
-            FailEachAllocationOf(c, false);
-    }
 }
 
 TEST(StringMemory, LengthsAreCountedWiderThanTheyAreStored)

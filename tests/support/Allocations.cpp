@@ -11,8 +11,9 @@ namespace
 {
 std::atomic<long long> g_live{0};
 
-// How many allocations of this thread succeed before one fails; negative: none fails.
-thread_local long long t_untilFailure = -1;
+// The allocations of this thread up to the one that fails; 0: it has failed, or none is to.
+thread_local long long t_untilFailure = 0;
+thread_local bool t_forGood = false;
 thread_local std::size_t t_lastArrayBytes = 0;
 
 // Address space without access; pages of it are opened for guarded blocks, every second one at most, and never twice.
@@ -35,7 +36,7 @@ void* AllocateGuarded(std::size_t size) noexcept
 
 void* Allocate(std::size_t size) noexcept
 {
-    if (t_untilFailure >= 0 && t_untilFailure-- == 0)
+    if (HalyonTest::AllocationFails())
         return nullptr;
     void* block = t_guard ? AllocateGuarded(size) : std::malloc(size != 0 ? size : 1);
     if (block != nullptr)
@@ -118,19 +119,28 @@ std::size_t LastArrayBytes() noexcept
     return t_lastArrayBytes;
 }
 
-FailAllocation::FailAllocation(long long nth) noexcept
+bool AllocationFails() noexcept
 {
-    t_untilFailure = nth - 1;
+    if (t_untilFailure == 0)
+        return t_forGood;
+    return --t_untilFailure == 0;
+}
+
+FailAllocation::FailAllocation(long long nth, bool forGood) noexcept
+{
+    t_untilFailure = nth;
+    t_forGood = forGood;
 }
 
 FailAllocation::~FailAllocation()
 {
-    t_untilFailure = -1;
+    t_untilFailure = 0;
+    t_forGood = false;
 }
 
 bool FailAllocation::HasFailed() noexcept
 {
-    return t_untilFailure < 0;
+    return t_untilFailure == 0;
 }
 
 GuardedAllocations::GuardedAllocations() noexcept
