@@ -14,9 +14,12 @@ using namespace Halyon;
 
 namespace
 {
-constexpr HynResult FromEngine(int code) noexcept
+HynResult FromEngine(sqlite3_stmt* statement, int code) noexcept
 {
-    return code == SQLITE_OK ? HYN_S_OK : HYN_E_FAIL;
+    if (code == SQLITE_OK)
+        return HYN_S_OK;
+    CHynSQStatement::Told(sqlite3_db_handle(statement), code);
+    return HYN_E_FAIL;
 }
 } // namespace
 
@@ -55,7 +58,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::int32_t value)
     sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_int(statement, index + 1, value));
+    return FromEngine(statement, sqlite3_bind_int(statement, index + 1, value));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, std::uint32_t value)
@@ -68,7 +71,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, long long value)
     sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_int64(statement, index + 1, value));
+    return FromEngine(statement, sqlite3_bind_int64(statement, index + 1, value));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, double value)
@@ -76,7 +79,7 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, double value)
     sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_double(statement, index + 1, value));
+    return FromEngine(statement, sqlite3_bind_double(statement, index + 1, value));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, const char16_t* value)
@@ -87,7 +90,8 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, const char16_t* valu
     const std::size_t bytes = tov_wcslen(value) * sizeof(char16_t);
     if (bytes > INT32_MAX)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_text16(statement, index + 1, value, static_cast<int>(bytes), SQLITE_STATIC));
+    return FromEngine(statement,
+                      sqlite3_bind_text16(statement, index + 1, value, static_cast<int>(bytes), SQLITE_STATIC));
 }
 
 HynResult CHynSQCommand::BindFieldValue(std::int32_t index, FILETIME* value)
@@ -100,17 +104,17 @@ HynResult CHynSQCommand::BindFieldValue(std::int32_t index, void* data, std::uin
     sqlite3_stmt* statement = m_statement.ForParameter(index);
     if (data == nullptr || length == 0 || length > INT32_MAX || statement == nullptr)
         return HYN_E_FAIL;
-    return FromEngine(sqlite3_bind_blob(statement, index + 1, data, static_cast<int>(length), SQLITE_STATIC));
+    return FromEngine(statement,
+                      sqlite3_bind_blob(statement, index + 1, data, static_cast<int>(length), SQLITE_STATIC));
 }
 
 HynResult CHynSQCommand::ExecuteSQL()
 {
     // What a record set would do from its construction to its end, without one: nobody would ever see it.
-    sqlite3_stmt* statement = m_statement.Get();
-    if (statement == nullptr)
+    if (m_statement.Get() == nullptr)
         return HYN_E_FAIL;
     const HynResult result = m_statement.Step();
-    sqlite3_reset(statement);
+    m_statement.Reset();
     return HynFailed(result) ? result : HYN_S_OK;
 }
 

@@ -12,62 +12,64 @@ using namespace Halyon;
 
 namespace
 {
-// Why the engine gave nothing: it had no memory to convert the column, or else the column is NULL or empty. A number
-// that could not be converted is NULL from then on, so only the handle's last error tells.
-bool NoMemory(sqlite3_stmt* statement) noexcept
+// What the readers read from.
+struct Row
 {
-    return sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM;
-}
+    sqlite3_stmt* pEngine;
+    CHynSQStatement& statement;
+
+    operator sqlite3_stmt*() const noexcept { return pEngine; }
+};
 
 // The readers: one column of a statement that has it. HYN_E_FAIL: a null output, or no memory.
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, std::int32_t* value) noexcept
+HynResult Read(Row row, std::int32_t column, std::int32_t* value) noexcept
 {
     if (value == nullptr)
         return HYN_E_FAIL;
-    *value = sqlite3_column_int(statement, column);
+    *value = sqlite3_column_int(row, column);
     return HYN_S_OK;
 }
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, long long* value) noexcept
+HynResult Read(Row row, std::int32_t column, long long* value) noexcept
 {
     if (value == nullptr)
         return HYN_E_FAIL;
-    *value = sqlite3_column_int64(statement, column);
+    *value = sqlite3_column_int64(row, column);
     return HYN_S_OK;
 }
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, std::uint32_t* value) noexcept
+HynResult Read(Row row, std::int32_t column, std::uint32_t* value) noexcept
 {
     if (value == nullptr)
         return HYN_E_FAIL;
-    *value = static_cast<std::uint32_t>(sqlite3_column_int64(statement, column));
+    *value = static_cast<std::uint32_t>(sqlite3_column_int64(row, column));
     return HYN_S_OK;
 }
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, double* value) noexcept
+HynResult Read(Row row, std::int32_t column, double* value) noexcept
 {
     if (value == nullptr)
         return HYN_E_FAIL;
-    *value = sqlite3_column_double(statement, column);
+    *value = sqlite3_column_double(row, column);
     return HYN_S_OK;
 }
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, FILETIME* value) noexcept
+HynResult Read(Row row, std::int32_t column, FILETIME* value) noexcept
 {
     if (value == nullptr)
         return HYN_E_FAIL;
-    CHynPubTools::ConvertToFileTime(value, sqlite3_column_double(statement, column));
+    CHynPubTools::ConvertToFileTime(value, sqlite3_column_double(row, column));
     return HYN_S_OK;
 }
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, char16_t* buffer, std::uint32_t* length) noexcept
+HynResult Read(Row row, std::int32_t column, char16_t* buffer, std::uint32_t* length) noexcept
 {
     if (buffer == nullptr)
         return HYN_E_FAIL;
-    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(statement, column));
+    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(row, column));
     if (text == nullptr)
-        return NoMemory(statement) ? HYN_E_FAIL : HYN_E_SQNULLVALUE;
+        return row.statement.HasLostValue() ? HYN_E_FAIL : HYN_E_SQNULLVALUE;
     const std::size_t needed = tov_wcslen(text) + 1;
     if (needed > *length)
         return HYN_E_BUFFERTOOSMALL;
@@ -75,13 +77,13 @@ HynResult Read(sqlite3_stmt* statement, std::int32_t column, char16_t* buffer, s
     return HYN_S_OK;
 }
 
-HynResult Read(sqlite3_stmt* statement, std::int32_t column, void* buffer, std::uint32_t* length) noexcept
+HynResult Read(Row row, std::int32_t column, void* buffer, std::uint32_t* length) noexcept
 {
     if (length == nullptr)
         return HYN_E_FAIL;
     // The UTF-16 size, deliberately: it turns a text column into UTF-16, which the blob call below then delivers.
-    const auto size = static_cast<std::uint32_t>(sqlite3_column_bytes16(statement, column));
-    if (size == 0 && NoMemory(statement))
+    const auto size = static_cast<std::uint32_t>(sqlite3_column_bytes16(row, column));
+    if (size == 0 && row.statement.HasLostValue())
         return HYN_E_FAIL;
     if (buffer == nullptr)
     {
@@ -92,9 +94,12 @@ HynResult Read(sqlite3_stmt* statement, std::int32_t column, void* buffer, std::
         return HYN_E_FAIL;
     if (size == 0)
         return HYN_S_OK;
-    const void* bytes = sqlite3_column_blob(statement, column);
+    const void* bytes = sqlite3_column_blob(row, column);
     if (bytes == nullptr)
+    {
+        CHynSQStatement::Told(sqlite3_db_handle(row), SQLITE_NOMEM);
         return HYN_E_FAIL;
+    }
     std::memcpy(buffer, bytes, size);
     return HYN_S_OK;
 }
@@ -120,8 +125,8 @@ sqlite3_stmt* CHynSQRecordSet::GetSQstmt() const noexcept
 void CHynSQRecordSet::Close() noexcept
 {
     m_nEof = 1;
-    if (sqlite3_stmt* statement = GetSQstmt())
-        sqlite3_reset(statement);
+    if (GetSQstmt() != nullptr)
+        m_spCommand->GetStatement().Reset();
     m_spCommand = nullptr;
 }
 
@@ -141,11 +146,10 @@ HynResult CHynSQRecordSet::Next()
 
 HynResult CHynSQRecordSet::Reset()
 {
-    sqlite3_stmt* statement = GetSQstmt();
-    if (statement == nullptr)
+    if (GetSQstmt() == nullptr)
         return HYN_E_FAIL;
     m_nEof = 1;
-    if (sqlite3_reset(statement) != SQLITE_OK)
+    if (m_spCommand->GetStatement().Reset() != SQLITE_OK)
         return HYN_E_FAIL;
     return Next();
 }
@@ -158,8 +162,11 @@ std::int32_t CHynSQRecordSet::GetFieldIndexByName(const char16_t* name) noexcept
 template <class... Outputs>
 HynResult CHynSQRecordSet::ReadByIndex(std::int32_t index, Outputs... outputs) const noexcept
 {
-    sqlite3_stmt* statement = m_spCommand != nullptr ? m_spCommand->GetStatement().ForColumn(index) : nullptr;
-    return statement != nullptr ? Read(statement, index, outputs...) : HYN_E_FAIL;
+    if (m_spCommand == nullptr)
+        return HYN_E_FAIL;
+    CHynSQStatement& statement = m_spCommand->GetStatement();
+    sqlite3_stmt* engine = statement.ForColumn(index);
+    return engine != nullptr ? Read(Row{engine, statement}, index, outputs...) : HYN_E_FAIL;
 }
 
 template <class... Outputs>
@@ -168,7 +175,7 @@ HynResult CHynSQRecordSet::ReadByName(const char16_t* name, Outputs... outputs) 
     if (m_nEof != 0)
         return HYN_E_FAIL;
     const std::int32_t index = GetFieldIndexByName(name);
-    return index >= 0 ? Read(GetSQstmt(), index, outputs...) : HYN_E_FAIL;
+    return index >= 0 ? Read(Row{GetSQstmt(), m_spCommand->GetStatement()}, index, outputs...) : HYN_E_FAIL;
 }
 
 HynResult CHynSQRecordSet::GetFieldValue(const char16_t* name, std::int32_t* value)

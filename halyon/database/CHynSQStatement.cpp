@@ -24,13 +24,14 @@ HynResult CHynSQStatement::Prepare(sqlite3* database, const char16_t* sql) noexc
         m_nParameters = sqlite3_bind_parameter_count(m_pStatement);
         m_nColumns = sqlite3_column_count(m_pStatement);
         if (code != SQLITE_BUSY)
-            return code == SQLITE_OK ? HYN_S_OK : HYN_E_FAIL;
+            return Told(database, code) == SQLITE_OK ? HYN_S_OK : HYN_E_FAIL;
         TovUSleep(kPrepareRetryMicroseconds);
     }
 }
 
 HynResult CHynSQStatement::Step() noexcept
 {
+    m_bLostValue = false;
     for (int attempt = 0; attempt < kStepAttempts; ++attempt)
     {
         switch (sqlite3_step(m_pStatement))
@@ -52,11 +53,37 @@ HynResult CHynSQStatement::Step() noexcept
     return HYN_E_FAIL;
 }
 
+int CHynSQStatement::Reset() noexcept
+{
+    return Told(sqlite3_db_handle(m_pStatement), sqlite3_reset(m_pStatement));
+}
+
 int CHynSQStatement::Finalize() noexcept
 {
     sqlite3_stmt* statement = Get();
     m_pStatement = nullptr;
     m_nParameters = 0;
     m_nColumns = 0;
-    return sqlite3_finalize(statement);
+    sqlite3* database = statement != nullptr ? sqlite3_db_handle(statement) : nullptr;
+    return Told(database, sqlite3_finalize(statement));
+}
+
+// A number that could not be converted is NULL from then on: only the failure told that it was none.
+bool CHynSQStatement::HasLostValue() noexcept
+{
+    sqlite3* database = sqlite3_db_handle(m_pStatement);
+    if (sqlite3_errcode(database) == SQLITE_NOMEM)
+    {
+        m_bLostValue = true;
+        Told(database, SQLITE_NOMEM);
+    }
+    return m_bLostValue;
+}
+
+int CHynSQStatement::Told(sqlite3* database, int code) noexcept
+{
+    // To run nothing succeeds, without memory too, and is the last call from then on.
+    if (code == SQLITE_NOMEM)
+        sqlite3_exec(database, "", nullptr, nullptr, nullptr);
+    return code;
 }

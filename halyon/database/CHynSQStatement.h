@@ -28,8 +28,19 @@ public:
     // engine refused the step. HYN_E_FAIL: any other refusal; busy for about 100 seconds. Requires: prepared. [owner]
     Halyon::HynResult Step() noexcept;
 
+    // Ends the run, so that the next step is the first again; the engine's own code. Requires: prepared. [owner]
+    int Reset() noexcept;
+
     // Finalizes what is held; the engine's own code, 0 when nothing is. [owner]
     int Finalize() noexcept;
+
+    // Asked where the engine gave no value: whether it had no memory for one, of the row that the statement stands on.
+    // What was lost is lost until the next step. Requires: prepared. [owner]
+    [[nodiscard]] bool HasLostValue() noexcept;
+
+    // Passes `code` on, which a call on `database` gave. The engine keeps its last failure, and a later look for one
+    // of its own must not find one that has been told. Null: there was no such call. [owner]
+    static int Told(sqlite3* database, int code) noexcept;
 
     // The statement; null when nothing is prepared, and in a process that was forked off after the preparation: the
     // statement is the other process's. [owner]
@@ -58,4 +69,5 @@ private:
     std::int32_t m_nParameters = 0; // of the statement; neither number changes while it lives
     std::int32_t m_nColumns = 0;
     std::uint32_t m_uForkCount = 0; // the process that prepared the statement
+    bool m_bLostValue = false;      // of the row that it stands on
 };

@@ -239,6 +239,20 @@ const Operation<DatabaseWorld> kOperations[] = {
      {
          return Text(world, 3, u"") == HYN_E_SQNULLVALUE ? HYN_S_OK : kWrong;
      }},
+    {"no text after another statement has failed",
+     [](DatabaseWorld& world)
+     {
+         CHynAutoPtr<IHynSQRecordSet> others;
+         const HynResult other = world.connection->OpenRecordSet(u"SELECT 'x' || s FROM t", others.Receive());
+         if (HynSucceeded(other))
+         {
+             char16_t text[100];
+             std::uint32_t room = 100;
+             others->GetFieldValue(0, text, &room);
+         }
+         others = nullptr;
+         return Text(world, 3, u"") == HYN_E_SQNULLVALUE ? HYN_S_OK : kWrong;
+     }},
     {"a blob by name",
      [](DatabaseWorld& world)
      {
