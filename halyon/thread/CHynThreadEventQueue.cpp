@@ -43,7 +43,9 @@ int CHynThreadEventQueue::InsertEventUnless(const std::atomic<std::int32_t>& nCl
     const CHynAutoLock producers(m_incoming.lock);
     if (nClosed.load(std::memory_order_acquire) != 0)
         return -1;
-    if (!HasRoom() || !m_incoming.list.PushBack(std::move(info)))
+    if (!HasRoom())
+        return 0;
+    if (!m_incoming.list.PushBack(std::move(info)))
         return 0;
     --m_incoming.nRoom;
     return 1;
@@ -52,7 +54,9 @@ int CHynThreadEventQueue::InsertEventUnless(const std::atomic<std::int32_t>& nCl
 // Requires: both locks of the list.
 int CHynThreadEventQueue::InsertFront(HynEventInfo&& info)
 {
-    if (!HasRoom() || !m_taken.list.PushFront(std::move(info)))
+    if (!HasRoom())
+        return 0;
+    if (!m_taken.list.PushFront(std::move(info)))
         return 0;
     --m_incoming.nRoom;
     m_taken.nSize.store(m_taken.list.GetSize(), std::memory_order_relaxed);
@@ -136,68 +140,79 @@ HynResult CHynThreadEventQueue::Invoke(std::uint32_t dwEventID, std::uint32_t uP
     if (found == m_observers.end() || found->second.uLive == 0)
         return HYN_E_NOHANDLER;
 
-    // The pairs that stand now are walked; a handler may append to them, and what it removes is only emptied.
-    const std::vector<Observer>& pairs = found->second.pairs;
-    const std::size_t count = pairs.size();
+    // The pairs that stand now are walked; a handler may append to them, and what it removes is only marked.
+    ObserverList& list = found->second;
+    auto observer = list.pairs.begin();
     HynResult result = HYN_E_FAIL;
     ++m_nDispatchDepth;
-    for (std::size_t i = 0; i < count && result != HYN_S_EVENT_HANDLED; ++i)
+    for (std::size_t left = list.pairs.size(); left != 0 && result != HYN_S_EVENT_HANDLED; --left, ++observer)
     {
-        IHynEventHandler* handler = pairs[i].spHandler;
-        if (handler != nullptr && pairs[i].pUser == pReceiver)
-            result = handler->HandleEvent(uParam, lParam, pParam);
+        if (!observer->bRemoved && observer->pUser == pReceiver)
+            result = observer->spHandler->HandleEvent(uParam, lParam, pParam);
     }
     if (--m_nDispatchDepth == 0 && m_bSweep)
         EndDispatch();
     return result;
 }
 
-// Requires: the observer lock, and no dispatch runs. Sweeps what handlers removed.
+// Requires: the observer lock, and no dispatch runs. Sweeps what handlers removed; it is released when the table is in
+// order, for a handler's end may come back here.
 void CHynThreadEventQueue::EndDispatch()
 {
+    Observers removed;
     for (auto entry = m_observers.begin(); entry != m_observers.end();)
     {
         ObserverList& list = entry->second;
-        if (list.uLive != list.pairs.size())
-            std::erase_if(list.pairs, [](const Observer& observer) { return observer.spHandler == nullptr; });
+        for (auto observer = list.pairs.begin(); list.uLive != list.pairs.size();)
+        {
+            const auto current = observer++;
+            if (current->bRemoved)
+                removed.splice(removed.end(), list.pairs, current);
+        }
         entry = list.uLive == 0 ? m_observers.erase(entry) : std::next(entry);
     }
     m_bSweep = false;
-    const auto removed = std::exchange(m_removed, {});
 }
 
-// Position of the first live pair with `pUser` whose handler is the same as `pHandler`, or -1.
-std::ptrdiff_t CHynThreadEventQueue::FindObserver(const ObserverList& list, IHynEventHandler* pHandler, void* pUser)
+// The first live pair with `pUser` whose handler is the same as `pHandler`, or the end.
+CHynThreadEventQueue::Observers::iterator CHynThreadEventQueue::FindObserver(ObserverList& list,
+                                                                             IHynEventHandler* pHandler, void* pUser)
 {
-    for (std::size_t i = 0; i < list.pairs.size(); ++i)
-    {
-        IHynEventHandler* stored = list.pairs[i].spHandler;
-        if (stored == nullptr || list.pairs[i].pUser != pUser)
-            continue;
-        int same = 0;
-        if (HynSucceeded(stored->IsSameHandler(pHandler, &same)) && same != 0)
-            return static_cast<std::ptrdiff_t>(i);
-    }
-    return -1;
+    return std::ranges::find_if(list.pairs,
+                                [=](const Observer& observer)
+                                {
+                                    int same = 0;
+                                    return !observer.bRemoved && observer.pUser == pUser &&
+                                           HynSucceeded(observer.spHandler->IsSameHandler(pHandler, &same)) &&
+                                           same != 0;
+                                });
 }
 
 void CHynThreadEventQueue::RegisterObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser)
+{
+    AddObserver(dwEventID, pHandler, pUser);
+}
+
+HynResult CHynThreadEventQueue::AddObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser)
 try
 {
     if (pHandler == nullptr)
-        return;
+        return HYN_S_OK;
     void* owner = nullptr;
     pHandler->GetOwner(&owner);
+    Observers added; // made first: nothing has changed yet when there is no memory
+    added.push_back({pUser, pHandler});
     const CHynAutoLock lock(m_observerLock);
     ObserverList& list = m_observers[dwEventID];
-    if (FindObserver(list, pHandler, pUser) >= 0)
-        return;
-    list.pairs.push_back({pUser, pHandler});
+    if (FindObserver(list, pHandler, pUser) != list.pairs.end())
+        return HYN_S_OK;
+    list.pairs.splice(list.pairs.end(), added);
     ++list.uLive;
+    return HYN_S_OK;
 }
 catch (const std::bad_alloc&)
 {
-    // Not registered; an empty list that may have been made counts as none.
+    return HYN_E_FAIL;
 }
 
 void CHynThreadEventQueue::UnRegisterObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser)
@@ -210,46 +225,26 @@ void CHynThreadEventQueue::UnRegisterObserver(std::uint32_t dwEventID, IHynEvent
         Drop([dwEventID](const HynEventInfo& info) { return info.dwEventID == dwEventID; });
 }
 
-// A removed handler may be the one that is running. Without memory to keep it, it is given back at once.
-void CHynThreadEventQueue::KeepUntilDispatchEnds(CHynAutoPtr<IHynEventHandler> spHandler) noexcept
-try
-{
-    m_removed.push_back(std::move(spHandler));
-}
-catch (const std::bad_alloc&)
-{
-    // Given back at the end of this call.
-}
-
 // Removes the pair; true when the identifier has no handler left.
 bool CHynThreadEventQueue::RemoveObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser)
 {
-    CHynAutoPtr<IHynEventHandler> spRemoved; // given back after the lock
+    Observers removed; // given back after the lock
     const CHynAutoLock lock(m_observerLock);
     const auto found = m_observers.find(dwEventID);
     if (found == m_observers.end())
         return false;
     ObserverList& list = found->second;
-    const std::ptrdiff_t position = FindObserver(list, pHandler, pUser);
-    if (position >= 0)
+    if (const auto observer = FindObserver(list, pHandler, pUser); observer != list.pairs.end())
     {
-        spRemoved = std::move(list.pairs[static_cast<std::size_t>(position)].spHandler);
         --list.uLive;
+        if (m_nDispatchDepth == 0)
+            removed.splice(removed.end(), list.pairs, observer);
+        else
+            observer->bRemoved = m_bSweep = true; // it may be the one that is running
     }
-    if (m_nDispatchDepth == 0)
-    {
-        if (position >= 0)
-            list.pairs.erase(list.pairs.begin() + position);
-        if (list.pairs.empty())
-        {
-            m_observers.erase(found);
-            return true;
-        }
-        return false;
-    }
-    m_bSweep = true;
-    if (position >= 0)
-        KeepUntilDispatchEnds(std::move(spRemoved));
-    return list.uLive == 0;
+    const bool isLast = list.uLive == 0;
+    if (isLast && m_nDispatchDepth == 0)
+        m_observers.erase(found);
+    return isLast;
 }
 } // namespace Halyon

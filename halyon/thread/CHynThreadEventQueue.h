@@ -10,8 +10,8 @@
 #pragma once
 
 #include <atomic>
+#include <list>
 #include <map>
-#include <vector>
 
 #include <halyon/thread/HynBiasedLock.h>
 #include <halyon/thread/HynEventChunks.h>
@@ -67,8 +67,12 @@ public:
     HynResult Invoke(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam, IHynEventParam* pParam,
                      void* pReceiver);
 
-    // Files a handler, with a reference, unless the same one stands there with the same `pUser`. Null is ignored. [any]
+    // Files a handler, with a reference, unless the same one stands there with the same `pUser`. Null is ignored.
+    // Without memory it is not filed; AddObserver tells. [any]
     void RegisterObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
+
+    // The same. HYN_E_FAIL: there is no memory, it is not filed. [any]
+    HynResult AddObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
 
     // Removes the first handler that is the same and has this `pUser`; its reference is given back, after the dispatch
     // when one is running. When no handler of the identifier is left, its pending events are dropped. [any]
@@ -78,19 +82,21 @@ private:
     struct Observer
     {
         void* pUser;
-        CHynAutoPtr<IHynEventHandler> spHandler; // empty: removed during a dispatch, swept after it
+        CHynAutoPtr<IHynEventHandler> spHandler;
+        bool bRemoved = false; // during a dispatch, in which it may be running; swept after it
     };
+    // Nodes, so that what is removed can be taken out of them without memory.
+    using Observers = std::list<Observer>;
     struct ObserverList
     {
-        std::vector<Observer> pairs;
+        Observers pairs;
         std::size_t uLive = 0; // pairs that have not been removed
     };
 
     template <class Predicate>
     void Drop(Predicate predicate);
-    static std::ptrdiff_t FindObserver(const ObserverList& list, IHynEventHandler* pHandler, void* pUser);
+    static Observers::iterator FindObserver(ObserverList& list, IHynEventHandler* pHandler, void* pUser);
     bool RemoveObserver(std::uint32_t dwEventID, IHynEventHandler* pHandler, void* pUser);
-    void KeepUntilDispatchEnds(CHynAutoPtr<IHynEventHandler> spHandler) noexcept HYN_REQUIRES(m_observerLock);
     void EndDispatch() HYN_REQUIRES(m_observerLock);
     bool HasRoom() noexcept HYN_REQUIRES(m_incoming.lock);
     int InsertFront(HynEventInfo&& info) HYN_REQUIRES(m_taken.lock, m_incoming.lock);
@@ -118,7 +124,6 @@ private:
     int m_nDispatchDepth HYN_GUARDED_BY(m_observerLock) = 0;
     bool m_bSweep HYN_GUARDED_BY(m_observerLock) = false; // something was removed during a dispatch
     std::map<std::uint32_t, ObserverList> m_observers HYN_GUARDED_BY(m_observerLock);
-    std::vector<CHynAutoPtr<IHynEventHandler>> m_removed HYN_GUARDED_BY(m_observerLock); // released after the dispatch
     HynEventChunkPool m_pool;
     ProducersEnd m_incoming{m_pool};
     ConsumersEnd m_taken{m_pool};

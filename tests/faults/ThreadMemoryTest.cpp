@@ -1,0 +1,198 @@
+// Queue, worker, main thread and manager without memory.
+#include <tests/faults/Operations.h>
+
+#include <halyon/platform/EventLoop.h>
+#include <halyon/thread/CHynMainThread.h>
+#include <halyon/thread/CHynThreadManager.h>
+#include <halyon/thread/CHynWorkerThread.h>
+
+#include <tests/thread/Doubles.h>
+
+using namespace Halyon;
+using namespace HalyonTest;
+
+namespace
+{
+constexpr std::uint32_t kEvent = 7;
+constexpr std::uint32_t kWait = 99;
+constexpr int kCapacity = 300; // more than a block of the queue holds
+
+// Counts what it handles, without memory.
+class CountingHandler : public CHynEventHandler
+{
+public:
+    using CHynEventHandler::CHynEventHandler;
+    ~CountingHandler() override { EXPECT_FALSE(m_isCalled) << "destroyed under its own feet"; }
+
+    HynResult HandleEvent(std::uint32_t, std::int32_t, IHynEventParam*) override
+    {
+        ++calls;
+        m_isCalled = true;
+        if (queue != nullptr)
+            queue->UnRegisterObserver(kEvent, this, nullptr);
+        m_isCalled = false;
+        return HYN_S_OK;
+    }
+
+    int calls = 0;
+    CHynThreadEventQueue* queue = nullptr; // to unregister from while it is called
+
+private:
+    bool m_isCalled = false;
+};
+
+// A queue with an event for its handler, and a worker that a gate keeps from handling what is posted to it.
+struct ThreadWorld
+{
+    ThreadWorld()
+    {
+        queue.RegisterObserver(kEvent, handler, nullptr);
+        queue.InsertEvent(Event(), 0);
+        int started = 0;
+        EXPECT_EQ(worker->Start(manager, &started), HYN_S_OK);
+        worker->RegisterHandler(wait, nullptr);
+        worker->RegisterHandler(counter, nullptr);
+        worker->PostEvent(kWait, 0, 0, nullptr, nullptr);
+        inside.Pass();
+    }
+    // What the worker said that it took must have been handled.
+    ~ThreadWorld()
+    {
+        gate.Open();
+        worker->PostEvent(kWait, 0, 0, nullptr, nullptr);
+        wait->called.WaitFor(2);
+        EXPECT_EQ(counter->calls, posted);
+        worker->Stop();
+        idle->Stop();
+        manager->UnRegisterAll();
+    }
+    ThreadWorld(const ThreadWorld&) = delete;
+    ThreadWorld& operator=(const ThreadWorld&) = delete;
+
+    HynEventInfo Event() { return {kEvent, nullptr, 0, 0, CHynAutoPtr<IHynEventParam>(param)}; }
+
+    // How many events of the queue reach its handler.
+    int Handled()
+    {
+        const int before = handler->calls;
+        while (queue.ProcessNext() != 0)
+        {
+        }
+        return handler->calls - before;
+    }
+
+    Gate inside;
+    Gate gate;
+    HandlerPtr wait = MakeHandler(kWait,
+                                  [this](std::uint32_t, std::int32_t, IHynEventParam*)
+                                  {
+                                      inside.Open();
+                                      gate.Pass();
+                                  });
+    CHynAutoPtr<CountingHandler> handler = new CountingHandler(kEvent);
+    CHynAutoPtr<CountingHandler> counter = new CountingHandler(kEvent);
+    int posted = 0;
+    ParamPtr param = new Param;
+    CHynThreadEventQueue queue{kCapacity};
+    CHynAutoPtr<CHynThreadManager> manager = new CHynThreadManager;
+    CHynAutoPtr<CHynWorkerThread> worker = new CHynWorkerThread;
+    CHynAutoPtr<CHynWorkerThread> idle = new CHynWorkerThread; // not started
+};
+
+// What the queue took in is handled, what it refused is not.
+HynResult Insert(ThreadWorld& world, int front)
+{
+    world.Handled();
+    int taken = 0;
+    for (int i = 0; i < kCapacity; ++i)
+        taken += world.queue.InsertEvent(world.Event(), front);
+    if (world.Handled() != taken)
+        return kWrong;
+    return taken == kCapacity ? HYN_S_OK : HYN_E_FAIL;
+}
+
+const Operation<ThreadWorld> kOperations[] = {
+    {"InsertEvent",
+     [](ThreadWorld& world)
+     {
+         return Insert(world, 0);
+     }},
+    {"InsertEvent in front",
+     [](ThreadWorld& world)
+     {
+         return Insert(world, 1);
+     }},
+    {"RegisterObserver",
+     [](ThreadWorld& world)
+     {
+         const int before = world.handler->calls;
+         world.queue.RegisterObserver(kEvent + 1, world.handler, nullptr);
+         const HynResult result = world.queue.Invoke(kEvent + 1, 0, 0, nullptr, nullptr);
+         return IsEither(result == HYN_S_OK && world.handler->calls == before + 1, result == HYN_E_NOHANDLER);
+     }},
+    {"a handler that unregisters itself and is nobody else's",
+     [](ThreadWorld& world)
+     {
+         world.handler->queue = &world.queue;
+         world.handler = nullptr;
+         return world.queue.ProcessNext() == 1 && world.queue.Invoke(kEvent, 0, 0, nullptr, nullptr) == HYN_E_NOHANDLER
+                    ? HYN_S_OK
+                    : kWrong;
+     }},
+    {"RemoveEvents and ClearQueue",
+     [](ThreadWorld& world)
+     {
+         std::uint32_t id = kEvent;
+         world.queue.RemoveEvents(&id, 1);
+         world.queue.ClearQueue();
+         return world.Handled() == 0 ? HYN_S_OK : kWrong;
+     }},
+    {"Start",
+     [](ThreadWorld& world)
+     {
+         int started = 0;
+         const HynResult result = world.idle->Start(nullptr, &started);
+         return started == (HynFailed(result) ? 0 : 1) ? result : kWrong;
+     },
+     {HYN_E_THREADNOEVENT, HYN_E_THREADNOTHREAD},
+     [](ThreadWorld& world)
+     {
+         world.idle->Stop();
+     }},
+    {"Stop",
+     [](ThreadWorld& world)
+     {
+         return world.idle->Stop();
+     }},
+    {"SetPriority",
+     [](ThreadWorld& world)
+     {
+         return world.worker->SetPriority(5);
+     }},
+    {"RegisterThread",
+     [](ThreadWorld& world)
+     {
+         const HynResult result = world.manager->RegisterThread(world.idle);
+         CHynAutoPtr<IHynThread> found;
+         const HynResult get = world.manager->GetThread(found.Receive(), world.idle->GetThreadID());
+         return get == result ? result : kWrong;
+     }},
+    {"InstallEventLoopTimer",
+     [](ThreadWorld&)
+     {
+         EventLoopTimerRef timer = nullptr;
+         const OSStatus status = InstallEventLoopTimer(
+             GetMainEventLoop(), 0.0, 1.0, [](EventLoopTimerRef, void*) {}, nullptr, &timer);
+         RemoveEventLoopTimer(timer);
+         return IsEither(status == noErr && timer != nullptr, status == memFullErr && timer == nullptr);
+     }},
+};
+
+TEST(ThreadMemory, IsMissedWithTheStatedCodeAndNothingIsLost)
+{
+    FaultCount count("threads");
+    for (const auto& operation : kOperations)
+        FailEachAllocation(operation, count);
+    EXPECT_EQ(Param::Alive(), 0);
+}
+} // namespace
