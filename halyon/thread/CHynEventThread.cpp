@@ -6,8 +6,7 @@ HynResult CHynEventThread::RegisterHandler(IHynEventHandler* pHandler, void* pUs
 {
     std::uint32_t eventID = 0;
     pHandler->GetEventID(&eventID);
-    m_queue.RegisterObserver(eventID, pHandler, pUser);
-    return HYN_S_OK;
+    return m_queue.AddObserver(eventID, pHandler, pUser);
 }
 
 HynResult CHynEventThread::UnRegisterHandler(IHynEventHandler* pHandler, void* pUser)

@@ -29,9 +29,11 @@ HynResult CHynMainThread::Start(IHynThreadManager* /*pManager*/, int* /*pStarted
         return HYN_S_OK;
     if (GetCurrentTovThreadID() == m_uThreadID)
         m_queue.Adopt();
-    InstallEventLoopTimer(GetMainEventLoop(), kFirstTickSeconds, kTickSeconds, TimerProc, this, &m_timer);
-    MPCreateQueue(&m_notifications);
-    return HYN_S_OK;
+    if (m_notifications == nullptr && MPCreateQueue(&m_notifications) != noErr)
+        return HYN_E_FAIL;
+    const OSStatus status =
+        InstallEventLoopTimer(GetMainEventLoop(), kFirstTickSeconds, kTickSeconds, TimerProc, this, &m_timer);
+    return status == noErr ? HYN_S_OK : HYN_E_FAIL;
 }
 
 HynResult CHynMainThread::Stop()
@@ -57,7 +59,9 @@ HynResult CHynMainThread::PostEvent(std::uint32_t dwEventID, std::uint32_t uPara
         QuitApplicationEventLoop();
         return HYN_S_OK;
     }
-    m_queue.InsertEvent(HynEventInfo{dwEventID, pReceiver, uParam, lParam, pParam}, 0);
+    static constexpr std::atomic<std::int32_t> kNeverClosed{0};
+    if (m_queue.InsertEventUnless(kNeverClosed, {dwEventID, pReceiver, uParam, lParam, pParam}, 0) < 0)
+        return HYN_E_FAIL;
     MPNotifyQueue(m_notifications, nullptr, nullptr, nullptr);
     return HYN_S_OK;
 }

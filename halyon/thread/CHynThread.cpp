@@ -163,8 +163,9 @@ HynResult CHynThread::PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, s
 HynResult CHynThread::PostEventEx(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
                                   IHynEventParam* pParam, void* pReceiver, int bFront)
 {
-    if (m_queue.InsertEventUnless(m_nExit, {dwEventID, pReceiver, uParam, lParam, pParam}, bFront) < 0)
-        return HYN_E_THREADNOTRUNNING;
+    const int inserted = m_queue.InsertEventUnless(m_nExit, {dwEventID, pReceiver, uParam, lParam, pParam}, bFront);
+    if (inserted < 0)
+        return inserted == -1 ? HYN_E_THREADNOTRUNNING : HYN_E_FAIL;
     // One signal wakes the thread for everything that is posted until it sleeps again.
     if (m_nMayBeAsleep.load() != 0 && m_nMayBeAsleep.exchange(0) != 0)
         TovSetEvent(m_event);

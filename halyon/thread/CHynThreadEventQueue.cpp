@@ -29,7 +29,7 @@ int CHynThreadEventQueue::InsertEvent(const HynEventInfo& info, int bFront)
 int CHynThreadEventQueue::InsertEvent(HynEventInfo&& info, int bFront)
 {
     static constexpr std::atomic<std::int32_t> kNeverClosed{0};
-    return InsertEventUnless(kNeverClosed, std::move(info), bFront);
+    return InsertEventUnless(kNeverClosed, std::move(info), bFront) == 1 ? 1 : 0;
 }
 
 int CHynThreadEventQueue::InsertEventUnless(const std::atomic<std::int32_t>& nClosed, HynEventInfo&& info, int bFront)
@@ -46,7 +46,7 @@ int CHynThreadEventQueue::InsertEventUnless(const std::atomic<std::int32_t>& nCl
     if (!HasRoom())
         return 0;
     if (!m_incoming.list.PushBack(std::move(info)))
-        return 0;
+        return -2;
     --m_incoming.nRoom;
     return 1;
 }
@@ -57,7 +57,7 @@ int CHynThreadEventQueue::InsertFront(HynEventInfo&& info)
     if (!HasRoom())
         return 0;
     if (!m_taken.list.PushFront(std::move(info)))
-        return 0;
+        return -2;
     --m_incoming.nRoom;
     m_taken.nSize.store(m_taken.list.GetSize(), std::memory_order_relaxed);
     return 1;

@@ -37,7 +37,7 @@ public:
 
     // The same, but returns -1 when `nClosed` is not 0. The look and the insertion are one step with respect to every
     // operation that takes events away: what is let in before `nClosed` is set is there for a ClearQueue after it.
-    // [any]
+    // Returns -2, too, instead of 0 when there is no memory. [any]
     int InsertEventUnless(const std::atomic<std::int32_t>& nClosed, HynEventInfo&& info, int bFront);
 
     // Drops everything pending. [any]

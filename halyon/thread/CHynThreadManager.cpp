@@ -22,8 +22,8 @@ HynResult CHynThreadManager::InitMainThread(CFBundleRef /*bundle*/)
     const CHynAutoPtr<CHynMainThread> spThread = new (std::nothrow) CHynMainThread(m_uMainThreadID);
     if (spThread == nullptr)
         return HYN_E_FAIL;
-    spThread->Start(this, nullptr);
-    return RegisterThread(spThread);
+    const HynResult result = spThread->Start(this, nullptr);
+    return HynFailed(result) ? result : RegisterThread(spThread);
 }
 
 HynResult CHynThreadManager::RegisterThread(IHynThread* pThread)

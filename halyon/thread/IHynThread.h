@@ -37,7 +37,7 @@ public:
 
     // Registers a handler on this thread for the event it names and for the receiver `pUser`; the thread takes a
     // reference. The same handler with the same receiver again is not an error and changes nothing. Requires:
-    // `pHandler` is not null. Always HYN_S_OK. [any]
+    // `pHandler` is not null. HYN_E_FAIL: no memory; it is not registered. [any]
     virtual HynResult RegisterHandler(IHynEventHandler* pHandler, void* pUser) = 0;
 
     // Takes it back. An unknown handler is not an error. When it was the last one for its event, pending events of that
@@ -46,7 +46,7 @@ public:
 
     // Queues an event for this thread, which takes a reference on `pParam` (may be null) until it has been handled. A
     // full queue loses the event, deliberately without a word: HYN_S_OK. HYN_E_THREADNOTRUNNING: a stopped worker.
-    // Identifier 0 posted to the main thread ends the application's event loop. [any]
+    // HYN_E_FAIL: no memory for it. Identifier 0 posted to the main thread ends the application's event loop. [any]
     virtual HynResult PostEvent(std::uint32_t dwEventID, std::uint32_t uParam, std::int32_t lParam,
                                 IHynEventParam* pParam, void* pReceiver) = 0;
 

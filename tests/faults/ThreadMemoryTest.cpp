@@ -111,6 +111,32 @@ HynResult Insert(ThreadWorld& world, int front)
     return taken == kCapacity ? HYN_S_OK : HYN_E_FAIL;
 }
 
+// Posts several blocks full of events.
+HynResult Post(ThreadWorld& world, int front)
+{
+    for (int i = 0; i < kCapacity; ++i)
+    {
+        const HynResult result = world.worker->PostEventEx(kEvent, 0, 0, world.param, nullptr, front);
+        if (HynFailed(result))
+            return result;
+        ++world.posted;
+    }
+    return HYN_S_OK;
+}
+
+// Asks a thread that says it has the handler to send it an event.
+HynResult Register(ThreadWorld& world, CHynThreadManager* manager, IHynThread* thread)
+{
+    CountingHandler* handler = world.handler;
+    const int before = handler->calls;
+    const HynResult result =
+        manager != nullptr ? manager->RegisterHandler(handler, nullptr) : thread->RegisterHandler(handler, nullptr);
+    if (HynFailed(result))
+        return result;
+    thread->SendEvent(kEvent, 0, 0, nullptr, nullptr);
+    return handler->calls == before + 1 ? HYN_S_OK : kWrong;
+}
+
 const Operation<ThreadWorld> kOperations[] = {
     {"InsertEvent",
      [](ThreadWorld& world)
@@ -147,6 +173,16 @@ const Operation<ThreadWorld> kOperations[] = {
          world.queue.ClearQueue();
          return world.Handled() == 0 ? HYN_S_OK : kWrong;
      }},
+    {"PostEvent of a worker",
+     [](ThreadWorld& world)
+     {
+         return Post(world, 0);
+     }},
+    {"PostEvent of a worker in front",
+     [](ThreadWorld& world)
+     {
+         return Post(world, 1);
+     }},
     {"Start",
      [](ThreadWorld& world)
      {
@@ -176,6 +212,28 @@ const Operation<ThreadWorld> kOperations[] = {
          CHynAutoPtr<IHynThread> found;
          const HynResult get = world.manager->GetThread(found.Receive(), world.idle->GetThreadID());
          return get == result ? result : kWrong;
+     }},
+    {"PostEvent of the manager",
+     [](ThreadWorld& world)
+     {
+         const HynResult result =
+             world.manager->PostEvent(kEvent, 0, 0, world.param, world.worker->GetThreadID(), nullptr);
+         world.posted += HynSucceeded(result) ? 1 : 0;
+         return result;
+     }},
+    {"InitMainThread, its handlers and its events",
+     [](ThreadWorld& world)
+     {
+         HynResult result = world.manager->InitMainThread(nullptr);
+         CHynAutoPtr<IHynThread> main;
+         if (HynFailed(result) || HynFailed(world.manager->GetMainThread(main.Receive())))
+             return HynFailed(result) ? result : kWrong;
+         result = Register(world, world.manager, main);
+         const int before = world.handler->calls;
+         if (HynSucceeded(result))
+             result = main->PostEvent(kEvent, 0, 0, world.param, nullptr);
+         TimerProc(nullptr, static_cast<CHynMainThread*>(main.operator Halyon::IHynThread*()));
+         return HynFailed(result) || world.handler->calls == before + 1 ? result : kWrong;
      }},
     {"InstallEventLoopTimer",
      [](ThreadWorld&)
