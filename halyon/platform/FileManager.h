@@ -20,7 +20,7 @@ static_assert(sizeof(FSRef) == 1048);
 // Fills `*pRef` for the item at `pszPath` (UTF-8, or whatever bytes the file system uses), following links; a relative
 // path starts at the working folder. `*pIsDirectory`, where asked for, becomes 1 for a folder, else 0.
 // fnfErr: no such item, or it cannot be reached. pathTooLongErr: its resolved path is longer than 1023 bytes.
-// paramErr: null or empty path, null `pRef`. After a failure `*pRef` is all zero and `*pIsDirectory` as it was. [any]
+// memFullErr: no memory to find it. paramErr: null or empty path, null `pRef`. After a failure `*pRef` is all zero and `*pIsDirectory` as it was. [any]
 OSStatus FSPathMakeRef(const char* pszPath, FSRef* pRef, Boolean* pIsDirectory) noexcept;
 
 // Writes the item's path with its terminator into `uSize` bytes.
@@ -97,7 +97,7 @@ inline constexpr OSType kCurrentUserFolderType = 0x63757372;   // 'cusr', local:
 inline constexpr Boolean kCreateFolder = 1;
 
 // Finds a folder of the system's. A non-zero `bCreate` makes it when it is missing, but only the user's own library; a
-// home is never made. fnfErr: there is no such folder here, or it is missing; paramErr: null. After a failure `*pRef`
-// is all zero. [any]
+// home is never made. fnfErr: there is no such folder here, or it is missing; memFullErr: no memory to find it;
+// paramErr: null. After a failure `*pRef` is all zero. [any]
 OSStatus FSFindFolder(FSVolumeRefNum domain, OSType type, Boolean bCreate, FSRef* pRef) noexcept;
 } // namespace Halyon

@@ -316,7 +316,7 @@ int TovFileDeleteExt(Tov0FSRRef ref) noexcept;
 // Writes the folder that the path's volume is mounted in, as the path begins, without a separator at its end, and
 // returns 1. On the startup volume, and for relative and network paths: writes the empty text, returns 0. Requires:
 // `pszDriver` has kTovPathUnits units; when the folder does not fit, the path is taken to be on the startup volume.
-// [any]
+// Without memory to find out: writes the empty text, returns -1. [any]
 int TovGetPathDriver(const char16_t* pszPath, char16_t* pszDriver) noexcept;
 
 // Kinds of volumes.

@@ -52,19 +52,36 @@ std::u16string_view ParentOf(const char16_t* path) noexcept
     return parent;
 }
 
-// Applies one of the portability layer's calls, which may lengthen the text by `spare` units; returns its result.
+constexpr int kNoMemory = -1;
+
+// Applies one of the portability layer's calls, which may lengthen the text by `spare` units; returns its result, or
+// kNoMemory, and then the path is as it was.
 int ChangeInPlace(CTovStringW& path, std::size_t spare, int (*change)(char16_t*) noexcept) noexcept
 {
     if (path.IsEmpty())
         return 0;
     const Scratch copy(new (std::nothrow) char16_t[path.View().size() + spare + 1]);
     if (copy == nullptr)
-        return 0;
+        return kNoMemory;
     tov_wcscpy(copy.get(), path);
     const int changed = change(copy.get());
-    if (changed != 0)
-        path = copy.get();
+    if (changed == 0)
+        return 0;
+    CTovStringW result = copy.get();
+    if (result.IsEmpty() && copy[0] != 0)
+        return kNoMemory;
+    path = std::move(result);
     return changed;
+}
+
+// The volume of a path, empty for the startup volume; false when there is no memory to find out.
+bool FindDriver(const char16_t* path, CTovStringW& driver) noexcept
+{
+    char16_t folder[kTovPathUnits];
+    const int found = TovGetPathDriver(path, folder);
+    if (found > 0)
+        driver = folder;
+    return found == 0 || (found > 0 && !driver.IsEmpty());
 }
 
 constexpr std::u16string_view kVolumes = u"/Volumes/";
@@ -104,20 +121,24 @@ int Nesting(const char16_t* a, const char16_t* b) noexcept
     return lengths[0] < lengths[1] ? 1 : -1;
 }
 
-// The path of one of the system's folders; empty when it cannot be found or its path is no text.
-CTovStringW PlatformFolder(FSVolumeRefNum domain, OSType type) noexcept
+// Finds one of the system's folders; `path` stays empty when there is none or its path is no text. False: there is no
+// memory to find out.
+bool FindPlatformFolder(FSVolumeRefNum domain, OSType type, CTovStringW& path) noexcept
 {
     FSRef ref = {};
     char bytes[sizeof FSRef::szPath] = {};
-    if (FSFindFolder(domain, type, kCreateFolder, &ref) != noErr || FSRefMakePath(&ref, bytes, sizeof bytes) != noErr)
-        return {};
-    const CFStringRef text = CFStringCreateWithCString(nullptr, bytes, kCFStringEncodingUTF8);
-    CTovStringW path = text;
-    CFRelease(text);
-    return path;
+    const OSStatus status = FSFindFolder(domain, type, kCreateFolder, &ref);
+    if (status != noErr || FSRefMakePath(&ref, bytes, sizeof bytes) != noErr)
+        return status != memFullErr;
+    path = CTovStringW::FromUTF8(bytes);
+    const bool isKnown = !path.IsEmpty();
+    if (path.View().find(u'\uFFFD') != std::u16string_view::npos)
+        path = CTovStringW();
+    return isKnown;
 }
 
-bool LiesInSystemFolder(const char16_t* path) noexcept
+// Also when there is no memory to find out.
+bool MayLieInSystemFolder(const char16_t* path) noexcept
 {
     constexpr std::pair<FSVolumeRefNum, OSType> kProtected[] = {
         {kSystemDomain, kSystemFolderType},      {kLocalDomain, kDomainLibraryFolderType},
@@ -128,22 +149,24 @@ bool LiesInSystemFolder(const char16_t* path) noexcept
     return std::ranges::any_of(kProtected,
                                [=](const auto& kind)
                                {
-                                   const CTovStringW folder = PlatformFolder(kind.first, kind.second);
-                                   return !folder.IsEmpty() && CHynPathHelper::PathInPath(path, folder) < 0;
+                                   CTovStringW folder;
+                                   return !FindPlatformFolder(kind.first, kind.second, folder) ||
+                                          (!folder.IsEmpty() && CHynPathHelper::PathInPath(path, folder) < 0);
                                });
 }
 } // namespace
 
 CTovStringW ExpandTildePath(const CTovStringW& path) noexcept
 {
-    FSRef root = {};
-    if (!IsShort(path) || !CTovStringW(u"/").MakeFSRef(&root))
+    if (!IsShort(path))
         return path;
+    FSRef root = {};
     CFStringRef shown = nullptr;
-    LSCopyDisplayNameForRef(&root, &shown);
+    if (FSPathMakeRef("/", &root, nullptr) == noErr)
+        LSCopyDisplayNameForRef(&root, &shown);
     const CTovStringW name = shown;
     CFRelease(shown);
-    return Concat({kVolumes, name, path});
+    return name.IsEmpty() ? CTovStringW() : Concat({kVolumes, name, path});
 }
 
 int CHynPathHelper::RemoveBacksplash(char16_t* path) noexcept
@@ -173,7 +196,7 @@ void CHynPathHelper::AddBackslash(CTovStringW& path) noexcept
 
 int CHynPathHelper::RemoveFileSpec(CTovStringW& path) noexcept
 {
-    return ChangeInPlace(path, 0, TovPathRemoveFileSpec);
+    return std::max(ChangeInPlace(path, 0, TovPathRemoveFileSpec), 0);
 }
 
 CTovStringW CHynPathHelper::MakeFullPath(const char16_t* dir, const char16_t* name) noexcept
@@ -214,7 +237,7 @@ int CHynPathHelper::CommonPrefix(const char16_t* a, const char16_t* b, CTovStrin
         return 0;
     const int length = TovPathCommonPrefix(a, b, prefix.get());
     out = prefix.get();
-    return length;
+    return out.GetLength() == length ? length : 0;
 }
 
 CTovStringW CHynPathHelper::ReplaceUpLevelPath(const char16_t* path, const char16_t* oldPrefix,
@@ -262,24 +285,29 @@ int CHynPathHelper::IsSameRoot(const char16_t* a, const char16_t* b) noexcept
 
 CTovStringW CHynPathHelper::GetPathDriver(const char16_t* path) noexcept
 {
-    char16_t driver[kTovPathUnits];
-    return TovGetPathDriver(path, driver) != 0 ? CTovStringW(driver) : CTovStringW();
+    CTovStringW driver;
+    FindDriver(path, driver);
+    return driver;
 }
 
 CTovStringW CHynPathHelper::GetRelativePath(const char16_t* path) noexcept
 {
     CTovStringW whole = path;
-    AddBackslash(whole);
+    CTovStringW driver;
+    if (ChangeInPlace(whole, 1, TovPathAddSlash) == kNoMemory)
+        return {};
     if (TovPathIsUNC(whole) != 0)
         return whole;
-    const CTovStringW driver = GetPathDriver(path);
+    if (!FindDriver(path, driver))
+        return {};
     return driver.IsEmpty() ? whole : whole.Mid(driver.GetLength());
 }
 
 CTovStringW CHynPathHelper::GetFileRelativePath(const char16_t* path) noexcept
 {
     CTovStringW folder = path;
-    RemoveFileSpec(folder);
+    if (ChangeInPlace(folder, 0, TovPathRemoveFileSpec) == kNoMemory)
+        return {};
     return GetRelativePath(folder);
 }
 
@@ -303,13 +331,19 @@ bool CHynPathHelper::IsValidScanFolder(const char16_t* path) noexcept
 {
     if (path == nullptr || *path == 0 || TovPathIsUNC(path) != 0)
         return false;
-    const std::uint32_t drive = TovGetDriveType(GetPathDriver(path));
+    CTovStringW driver;
+    if (!FindDriver(path, driver))
+        return false;
+    const std::uint32_t drive = TovGetDriveType(driver);
     if (drive != kTovDriveRemovable && drive != kTovDriveFixed)
         return false;
-    if (LiesInSystemFolder(path))
+    if (MayLieInSystemFolder(path))
         return false;
-    const CTovStringW users = PlatformFolder(kLocalDomain, kUsersFolderType);
-    const CTovStringW home = PlatformFolder(kLocalDomain, kCurrentUserFolderType);
+    CTovStringW users;
+    CTovStringW home;
+    if (!FindPlatformFolder(kLocalDomain, kUsersFolderType, users) ||
+        !FindPlatformFolder(kLocalDomain, kCurrentUserFolderType, home))
+        return false;
     return users.IsEmpty() || home.IsEmpty() || PathInPath(path, home) < 0 || PathInPath(path, users) >= 0;
 }
 

@@ -8,7 +8,8 @@
 //     CHynPathHelper::RemoveFileSpec(picture); // 1, and picture is /home/ann/Pictures
 //
 // Nothing here keeps state, so every operation runs on any thread. Null counts as the empty path. When there is no
-// memory, results are empty, never half a path, and a string that was to be changed stays as it was or becomes empty.
+// memory, results are empty, never half a path, a string that was to be changed stays as it was, and a folder is none
+// to scan.
 #pragma once
 
 #include <halyon/string/CTovStringW.h>

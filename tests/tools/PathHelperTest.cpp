@@ -146,37 +146,6 @@ TEST(PathHelper, RelativePathsLeaveTheVolumeOut)
     EXPECT_EQ(CHynPathHelper::IsRoot(u"/proc/"), 1);
 }
 
-TEST(PathHelper, WithoutMemoryNoResultIsWrongAndNothingLeaks)
-{
-    const CTovStringW expanded = ExpandTildePath(u"/a/b");
-    const auto run = [&]
-    {
-        CTovStringW path = u"/a/b";
-        CHynPathHelper::AddBackslash(path);
-        EXPECT_TRUE(path.IsEmpty() || path == u"/a/b" || path == u"/a/b/") << U8(path);
-        path = CHynPathHelper::MakeFullPath(u"/a", u"b");
-        EXPECT_TRUE(path.IsEmpty() || path == u"/a/b") << U8(path);
-        path = CHynPathHelper::ReplaceUpLevelPath(u"/a/b", u"/a", u"/x");
-        EXPECT_TRUE(path.IsEmpty() || path == u"/x/b") << U8(path);
-        const int nesting = CHynPathHelper::PathInPath(u"/a", expanded);
-        EXPECT_TRUE(nesting == 0 || nesting == 1) << nesting;
-        EXPECT_FALSE(CHynPathHelper::FileInSameFolder(u"/a/b", u"/c/d"));
-        path = CHynPathHelper::GetPathDriver(u"/proc/1");
-        EXPECT_TRUE(path.IsEmpty() || path == u"/proc") << U8(path);
-    };
-    run(); // what the C library keeps from its first use is not counted
-    const long long before = HalyonTest::LiveAllocations();
-    long long nth = 1;
-    for (bool hasFailed = true; hasFailed; ++nth)
-    {
-        const HalyonTest::FailAllocation fail(nth);
-        run();
-        hasFailed = HalyonTest::FailAllocation::HasFailed();
-    }
-    EXPECT_GT(nth, 10);
-    EXPECT_EQ(HalyonTest::LiveAllocations(), before);
-}
-
 TEST(PathHelper, OneMayScanOnesOwnFoldersButNotTheSystems)
 {
     const TempFolder folder;

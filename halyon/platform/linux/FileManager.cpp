@@ -119,7 +119,11 @@ OSStatus FSPathMakeRef(const char* pszPath, FSRef* pRef, Boolean* pIsDirectory) 
         return paramErr;
     char resolved[PATH_MAX];
     if (realpath(pszPath, resolved) == nullptr)
+    {
+        if (errno == ENOMEM)
+            return memFullErr;
         return errno == ENAMETOOLONG ? pathTooLongErr : fnfErr;
+    }
     const std::size_t length = std::strlen(resolved);
     if (length >= sizeof pRef->szPath)
         return pathTooLongErr;

@@ -137,8 +137,9 @@ OSStatus FSFindFolder(FSVolumeRefNum domain, OSType type, Boolean bCreate, FSRef
     }
     Boolean isFolder = 0;
     FSRef ref = {};
-    if (FSPathMakeRef(path, &ref, &isFolder) != noErr || isFolder == 0)
-        return fnfErr;
+    const OSStatus status = FSPathMakeRef(path, &ref, &isFolder);
+    if (status != noErr || isFolder == 0)
+        return status == memFullErr ? memFullErr : fnfErr;
     *pRef = ref;
     return noErr;
 }

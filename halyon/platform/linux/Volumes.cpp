@@ -78,7 +78,7 @@ int TovGetPathDriver(const char16_t* pszPath, char16_t* pszDriver) noexcept
     *pszDriver = 0;
     if (!HasVolume(pszPath))
         return 0;
-    return OrElse(0,
+    return OrElse(-1,
                   [&]
                   {
                       const std::string folder = Halyon::FindMount(StartOf(pszPath)).folder;

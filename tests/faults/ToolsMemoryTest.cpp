@@ -1,0 +1,160 @@
+// Paths, bundles, files and dates without memory: a result is right or empty, never part of the right one.
+#include <tests/faults/Operations.h>
+
+#include <deque>
+#include <filesystem>
+
+#include <halyon/platform/CFHolder.h>
+#include <halyon/tools/CHynPathHelper.h>
+#include <halyon/tools/CHynPubTools.h>
+#include <halyon/tools/CHynVersionHelper.h>
+
+#include <tests/support/Environment.h>
+#include <tests/support/TempFolder.h>
+
+using namespace Halyon;
+using namespace HalyonTest;
+using Paths = CHynPathHelper;
+using Tools = CHynPubTools;
+
+namespace
+{
+// A bundle with two localisations, of which the user speaks the one that is not the first.
+struct Bundle
+{
+    Bundle()
+    {
+        for (const char* folder : {"en", "ja"})
+            std::filesystem::create_directories(folderOf.Path() / "Contents/Resources" /
+                                                (std::string(folder) + ".lproj"));
+        folderOf.Write("file");
+        environment.Set("LC_ALL", nullptr);
+        environment.Set("LANGUAGE", "ja");
+    }
+
+    TempFolder folderOf;
+    Environment environment;
+};
+
+struct ToolsWorld
+{
+    // Right, or empty for want of memory; without a list of its localisations a bundle has none.
+    HynResult Is(const CTovStringW& path, const CTovStringW& right, const CTovStringW& fallback = {}) const
+    {
+        return IsEither(path == right, path.IsEmpty() || path == fallback);
+    }
+    HynResult Is(const CTovStringW& path, const char16_t* right) const
+    {
+        return IsEither(path == right, path.IsEmpty());
+    }
+
+    static Bundle& Files()
+    {
+        static Bundle s_bundle;
+        return s_bundle;
+    }
+
+    CTovStringW folder = CTovStringW::FromUTF8(Files().folderOf.Path().native());
+    CTovStringW resources = folder + u"/Contents/Resources";
+    CTovStringW japanese = resources + u"/ja.lproj";
+    CTovStringW ui = japanese + u"/UI";
+    CTovStringW fallbackUI = resources + u"/UI";
+    CTovStringW file = folder + u"/file";
+    CTovStringW root = ExpandTildePath(u"/");
+    CFHolder<CFBundleRef> bundle{Tools::CreateBundleByPath(folder)};
+    CTovStringW contents = folder + u"/Contents";
+    CTovStringW expanded = root + u"a/b";
+    CTovStringW changed = u"/a/b";
+
+    // What the C library keeps of its zone is as it was again.
+    ToolsWorld() = default;
+    ToolsWorld(const ToolsWorld&) = delete;
+    ToolsWorld& operator=(const ToolsWorld&) = delete;
+    ~ToolsWorld() { TovTimeZoneChanged(); }
+};
+
+FILETIME Moment()
+{
+    FILETIME moment = {};
+    Tools::ConvertToFileTime(&moment, 0.0);
+    return moment;
+}
+
+void Renew(ToolsWorld& world)
+{
+    world.changed = u"/a/b";
+}
+
+#define HYN_IS(name, ...)                                                                                              \
+    {                                                                                                                  \
+        name, []([[maybe_unused]] ToolsWorld& world)                                                                   \
+        {                                                                                                              \
+            return world.Is(__VA_ARGS__);                                                                              \
+        }                                                                                                              \
+    }
+#define HYN_DO(name, ...)                                                                                              \
+    {                                                                                                                  \
+        name, []([[maybe_unused]] ToolsWorld& world) { __VA_ARGS__ }, {HYN_E_FAIL, HYN_E_FAIL}, Renew                  \
+    }
+
+const Operation<ToolsWorld> kPaths[] = {
+    HYN_DO("AddBackslash", Paths::AddBackslash(world.changed);
+           return IsEither(world.changed == u"/a/b/", world.changed == u"/a/b");),
+    HYN_DO("RemoveBacksplash", world.changed = u"/a/"; const bool isReady = !world.changed.IsEmpty();
+           Paths::RemoveBacksplash(world.changed);
+           return IsEither(world.changed == u"/a", world.changed == (isReady ? u"/a/" : u""));),
+    HYN_DO("RemoveFileSpec", const int removed = Paths::RemoveFileSpec(world.changed);
+           return IsEither(removed == 1 && world.changed == u"/a", removed == 0 && world.changed == u"/a/b");),
+    HYN_IS("MakeFullPath", Paths::MakeFullPath(u"/a", u"b"), u"/a/b"),
+    HYN_IS("FindExtension", Paths::FindExtension(u"/a/b.c"), u".c"),
+    HYN_IS("FindFileName", Paths::FindFileName(u"/a/b.c"), u"b.c"),
+    HYN_DO("CommonPrefix", CTovStringW prefix; const int length = Paths::CommonPrefix(u"/a/b", u"/a/c", prefix);
+           return IsEither(length == 2 && prefix == u"/a", length == 0 && prefix.IsEmpty());),
+    HYN_IS("ReplaceUpLevelPath", Paths::ReplaceUpLevelPath(u"/a/b", u"/a", u"/x"), u"/x/b"),
+    HYN_IS("ExpandTildePath", ExpandTildePath(world.changed), world.expanded),
+    HYN_DO("FileInSameFolder", return Paths::FileInSameFolder(u"/a/b", u"/a/c") ? HYN_S_OK : kWrong;),
+    HYN_DO("PathInPath", const int nesting = Paths::PathInPath(u"/usr/bin", world.root);
+           return IsEither(nesting == -1, nesting == 0);),
+    HYN_IS("GetPathDriver", Paths::GetPathDriver(u"/proc/1"), u"/proc"),
+    HYN_IS("GetRelativePath", Paths::GetRelativePath(u"/proc/1/x"), u"/1/x/"),
+    HYN_IS("GetFileRelativePath", Paths::GetFileRelativePath(u"/proc/1/x"), u"/1/"),
+    HYN_DO("IsDirectory and IsFileExists",
+           return Paths::IsDirectory(world.folder) == 1 && Paths::IsFileExists(world.file) == 1 ? HYN_S_OK : kWrong;),
+    HYN_DO("IsRoot", const int isRoot = Paths::IsRoot(u"/proc"); return IsEither(isRoot == 1, isRoot == 0);),
+    HYN_DO("IsSameRoot", const int isSame = Paths::IsSameRoot(u"/proc/1", u"/proc");
+           return IsEither(isSame == 1, isSame == 0);),
+    HYN_DO("IsSameRoot of two", return Paths::IsSameRoot(u"/proc/1", u"/") == 0 ? HYN_S_OK : kWrong;),
+    HYN_DO("IsValidScanFolder of the system's", return Paths::IsValidScanFolder(u"/usr/bin") ? kWrong : HYN_S_OK;),
+    HYN_DO("IsReadOnlyFile", const int isReadOnly = Paths::IsReadOnlyFile(world.file);
+           return IsEither(isReadOnly == 0, isReadOnly == 1);),
+};
+
+const Operation<ToolsWorld> kOthers[] = {
+    HYN_DO("DeleteFile", const int deleted = Tools::DeleteFile(world.folder, nullptr, 0, 0);
+           return deleted == 0 ? HYN_S_OK : kWrong;), // it has content
+    HYN_DO("FileTimeToString", const FILETIME moment = Moment();
+           const CTovStringW text = Tools::FileTimeToString(u"%04d-%02d-%02d %02d:%02d:%02d", &moment);
+           return IsEither(text.GetLength() == 19, text.IsEmpty());),
+    HYN_DO("dates", FILETIME moment = Moment(); Tools::ConvertToFileTimeDW(&moment, 20240229);
+           return Tools::ConvertFromFileTimeDW(&moment) == 20240229 ? HYN_S_OK : kWrong;),
+    HYN_DO("reading the zone again", TovTimeZoneChanged(); FILETIME moment = Moment();
+           Tools::ConvertToFileTimeDW(&moment, 20240229);
+           return Tools::ConvertFromFileTimeDW(&moment) == 20240229 ? HYN_S_OK : kWrong;),
+    HYN_DO("versions", tagHYN_VERSION version = {};
+           return CHynVersionHelper::GetVersion(u"1.2.3.4", version) == 1 && version.fourth == 4 ? HYN_S_OK : kWrong;),
+};
+
+TEST(ToolsMemory, APathIsRightOrEmptyWithoutIt)
+{
+    FaultCount count("paths");
+    for (const auto& operation : kPaths)
+        FailEachAllocation(operation, count);
+}
+
+TEST(ToolsMemory, FilesAndDatesAreRightWithoutIt)
+{
+    FaultCount count("files and dates");
+    for (const auto& operation : kOthers)
+        FailEachAllocation(operation, count);
+}
+} // namespace
