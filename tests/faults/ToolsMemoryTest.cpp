@@ -92,6 +92,11 @@ void Renew(ToolsWorld& world)
             return world.Is(__VA_ARGS__);                                                                              \
         }                                                                                                              \
     }
+// ICU's matcher of languages loses what it has when it gets no more.
+#define HYN_MATCHED(name, ...)                                                                                         \
+    {                                                                                                                  \
+        name, [](ToolsWorld& world) { return world.Is(__VA_ARGS__); }, {HYN_E_FAIL, HYN_E_FAIL}, nullptr, 16           \
+    }
 #define HYN_DO(name, ...)                                                                                              \
     {                                                                                                                  \
         name, []([[maybe_unused]] ToolsWorld& world) { __VA_ARGS__ }, {HYN_E_FAIL, HYN_E_FAIL}, Renew                  \
@@ -129,6 +134,26 @@ const Operation<ToolsWorld> kPaths[] = {
            return IsEither(isReadOnly == 0, isReadOnly == 1);),
 };
 
+const Operation<ToolsWorld> kBundles[] = {
+    HYN_IS("GetBundleContentsPath", Tools::GetBundleContentsPath(world.bundle.get()), world.contents),
+    HYN_IS("GetBundleResourcePath", Tools::GetBundleResourcePath(world.bundle.get()), world.resources),
+    HYN_MATCHED("GetBundleLocalizePath", Tools::GetBundleLocalizePath(world.bundle.get()), world.japanese,
+                world.resources),
+    HYN_MATCHED("GetBundleLocalizeUIPath", Tools::GetBundleLocalizeUIPath(world.bundle.get()), world.ui,
+                world.fallbackUI),
+    HYN_IS("GetResourcePathFromBundlePath", Tools::GetResourcePathFromBundlePath(world.folder), world.resources),
+    HYN_MATCHED("GetLocalizePathFromBundlePath", Tools::GetLocalizePathFromBundlePath(world.folder), world.japanese,
+                world.resources),
+    HYN_IS("GetBundleResourcePathWithName", Tools::GetBundleResourcePathWithName(world.bundle.get(), u"ja.lproj"),
+           world.japanese),
+    HYN_DO("GetModuleUIPath", char16_t path[1024] = {};
+           const int found = Tools::GetModuleUIPath(world.bundle.get(), path);
+           return IsEither(found == 1 && std::u16string_view(path).ends_with(u"/UI"), found == 0 && path[0] == 0);),
+    HYN_DO("a resource", const CFHolder<CFStringRef> name(CFStringCreateWithCharacters(nullptr, u"ja.lproj", 8));
+           const CFHolder<CFURLRef> url(CFBundleCopyResourceURL(world.bundle.get(), name.get(), nullptr, nullptr));
+           return IsEither(url != nullptr, true);),
+};
+
 const Operation<ToolsWorld> kOthers[] = {
     HYN_DO("DeleteFile", const int deleted = Tools::DeleteFile(world.folder, nullptr, 0, 0);
            return deleted == 0 ? HYN_S_OK : kWrong;), // it has content
@@ -148,6 +173,13 @@ TEST(ToolsMemory, APathIsRightOrEmptyWithoutIt)
 {
     FaultCount count("paths");
     for (const auto& operation : kPaths)
+        FailEachAllocation(operation, count);
+}
+
+TEST(ToolsMemory, AFolderOfABundleIsRightOrEmptyWithoutIt)
+{
+    FaultCount count("bundles");
+    for (const auto& operation : kBundles)
         FailEachAllocation(operation, count);
 }
 

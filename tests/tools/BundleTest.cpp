@@ -12,7 +12,6 @@
 #include <halyon/platform/CFHolder.h>
 #include <halyon/tools/CHynPubTools.h>
 
-#include "tests/support/Allocations.h"
 #include "tests/support/Environment.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/Text.h"
@@ -232,27 +231,4 @@ TEST(Bundle, TheProgramsOwnBundleIsFoundByWhereItLies)
     EXPECT_EQ(OutputOf(top.Path() / "link"), expected);
     const std::string folder = flat.parent_path().native();
     EXPECT_EQ(OutputOf(flat), folder + "/Contents\n" + folder + "/Contents/Resources\n1 " + top.Path().native() + "\n");
-}
-
-TEST(Bundle, WithoutMemoryNothingLeaksAndNothingIsCut)
-{
-    const TempFolder top;
-    const fs::path localized = top.Path() / "Contents/Resources/ja.lproj";
-    fs::create_directories(localized);
-    const CTovStringW path = top.Wide("");
-    // A list that could not be made is no list: then there is no localisation.
-    const CTovStringW allowed[] = {CTovStringW(), CTovStringW::FromUTF8(localized.native()),
-                                   CTovStringW::FromUTF8(localized.parent_path().native())};
-    const long long before = HalyonTest::LiveAllocations();
-    bool hasFailed = true;
-    for (long long nth = 1; hasFailed; ++nth)
-    {
-        {
-            HalyonTest::FailAllocation fail(nth);
-            const CTovStringW result = Tools::GetLocalizePathFromBundlePath(path);
-            hasFailed = HalyonTest::FailAllocation::HasFailed();
-            EXPECT_NE(std::ranges::find(allowed, result), std::end(allowed)) << nth << " " << U8(result);
-        }
-        EXPECT_EQ(HalyonTest::LiveAllocations(), before) << nth;
-    }
 }

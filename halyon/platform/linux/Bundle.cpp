@@ -2,14 +2,18 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <climits>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <unicode/ustring.h>
 
 #include "BundleFolder.h"
 #include "CFObject.h"
@@ -88,6 +92,8 @@ std::vector<std::string> LocalizationsIn(CFURLRef resources)
 {
     std::vector<std::string> names;
     const std::unique_ptr<DIR, CloseFolder> folder(opendir(CFURLPath(resources).data()));
+    if (folder == nullptr && errno == ENOMEM)
+        throw std::bad_alloc();
     if (folder == nullptr)
         return names;
     while (const dirent* entry = readdir(folder.get()))
@@ -96,24 +102,42 @@ std::vector<std::string> LocalizationsIn(CFURLRef resources)
         if (!name.ends_with(kLocalization) || name.size() == kLocalization.size())
             continue;
         const CFHolder<CFURLRef> place(CFAppendToURL(resources, name));
-        if (place != nullptr && IsFolder(CFURLPath(place.get()).data()))
+        if (place == nullptr)
+            throw std::bad_alloc();
+        if (IsFolder(CFURLPath(place.get()).data()))
             names.emplace_back(name.substr(0, name.size() - kLocalization.size()));
     }
     std::ranges::sort(names);
     return names;
 }
 
-// Names that are no text are left out: no language is called so.
+bool IsText(const std::string& name)
+{
+    char16_t units[NAME_MAX + 1];
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(units, NAME_MAX + 1, nullptr, name.data(), static_cast<int32_t>(name.size()), &status);
+    return U_SUCCESS(status);
+}
+
+// Names that are no text are left out: no language is called so. A name is never left out for want of memory: another
+// language would be taken.
 CFArrayRef ArrayOfTexts(const std::vector<std::string>& names)
 {
-    std::vector<CFTypeRef> texts;
+    std::vector<CFHolder<CFStringRef>> texts;
     texts.reserve(names.size());
     for (const std::string& name : names)
     {
-        if (CFStringRef text = CFStringCreateWithCString(nullptr, name.c_str(), kCFStringEncodingUTF8))
-            texts.push_back(text);
+        if (!IsText(name))
+            continue;
+        texts.emplace_back(CFStringCreateWithCString(nullptr, name.c_str(), kCFStringEncodingUTF8));
+        if (texts.back() == nullptr)
+            throw std::bad_alloc();
     }
-    return texts.empty() ? nullptr : CFMakeArray(texts.data(), texts.size());
+    std::vector<CFTypeRef> values;
+    values.reserve(texts.size());
+    for (CFHolder<CFStringRef>& text : texts)
+        values.push_back(text.release());
+    return values.empty() ? nullptr : CFMakeArray(values.data(), values.size());
 }
 
 // The folder of the preferred localisation; null when there is none.

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cstdlib>
+#include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,8 +33,23 @@ struct ScriptName
 constexpr ScriptName kScripts[] = {
     {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}, {"iqtelif", "Latn"}, {"latin", "Latn"}};
 
+// What ICU tells by its status.
+void CheckMemory(UErrorCode status)
+{
+    if (status == U_MEMORY_ALLOCATION_ERROR)
+        throw std::bad_alloc();
+}
+
+// A locale that was made of a known language and has no identifier is one that there was no memory for.
+icu::Locale Checked(icu::Locale locale)
+{
+    if (locale.isBogus())
+        throw std::bad_alloc();
+    return locale;
+}
+
 // The language that is called so in English; null when none is.
-const char* LanguageOfEnglishName(const std::string& name) noexcept
+const char* LanguageOfEnglishName(const std::string& name)
 {
     for (const char* const* code = uloc_getISOLanguages(); *code != nullptr; ++code)
     {
@@ -39,6 +57,7 @@ const char* LanguageOfEnglishName(const std::string& name) noexcept
         char16_t units[128];
         char english[128];
         const int32_t length = uloc_getDisplayLanguage(*code, "en", units, 128, &status);
+        CheckMemory(status);
         if (U_FAILURE(status))
             continue;
         const std::size_t size = TovTextToUTF8(units, static_cast<std::size_t>(length), english, sizeof english);
@@ -52,7 +71,12 @@ const char* LanguageOfEnglishName(const std::string& name) noexcept
 // and the encoding and the modifier that the system writes behind it.
 std::optional<icu::Locale> LocaleOfIdentifier(const std::string& name)
 {
-    icu::Locale locale = icu::Locale::createCanonical(name.substr(0, name.find_first_of(".@")).c_str());
+    const std::string identifier = name.substr(0, name.find_first_of(".@"));
+    char canonical[ULOC_FULLNAME_CAPACITY];
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_canonicalize(identifier.c_str(), canonical, sizeof canonical, &status); // a locale alone does not say why
+    CheckMemory(status);
+    icu::Locale locale = icu::Locale::createCanonical(identifier.c_str());
     if (*locale.getISO3Language() == 0)
         return std::nullopt;
     const std::size_t at = name.find('@');
@@ -60,10 +84,10 @@ std::optional<icu::Locale> LocaleOfIdentifier(const std::string& name)
     for (const ScriptName& known : kScripts)
     {
         if (modifier == known.modifier)
-            return icu::Locale(locale.getLanguage(), known.script, locale.getCountry());
+            return Checked({locale.getLanguage(), known.script, locale.getCountry()});
     }
     if (modifier == "valencia")
-        return icu::Locale(locale.getLanguage(), locale.getCountry(), "VALENCIA");
+        return Checked({locale.getLanguage(), locale.getCountry(), "VALENCIA"});
     return locale;
 }
 
@@ -72,7 +96,7 @@ std::optional<icu::Locale> LocaleOfFolder(const std::string& name)
     if (auto locale = LocaleOfIdentifier(name))
         return locale;
     const char* language = LanguageOfEnglishName(name);
-    return language != nullptr ? std::optional(icu::Locale(language)) : std::nullopt;
+    return language != nullptr ? std::optional(Checked(icu::Locale(language))) : std::nullopt;
 }
 
 // `LANGUAGE` is a list and comes first; then the locale of messages, of which the first variable that is set counts.
@@ -110,6 +134,11 @@ std::string NameAt(CFArrayRef names, CFIndex index)
     return name;
 }
 
+struct DestroyMatcher
+{
+    void operator()(icu::LocaleMatcher* matcher) const noexcept { matcher->~LocaleMatcher(); }
+};
+
 // The position of the best name; names that are no language count only when there is no better one.
 CFIndex BestOf(CFArrayRef names)
 {
@@ -132,9 +161,15 @@ CFIndex BestOf(CFArrayRef names)
     UErrorCode status = U_ZERO_ERROR;
     icu::LocaleMatcher::Builder builder;
     builder.setSupportedLocales(supported.begin(), supported.end()).setNoDefaultLocale();
-    const icu::LocaleMatcher matcher = builder.build(status);
+    alignas(icu::LocaleMatcher) std::byte room[sizeof(icu::LocaleMatcher)];
+    auto* built = new (room) icu::LocaleMatcher(builder.build(status));
+    // One that could not be built for want of memory frees what it never had when it is destroyed. Not to destroy it
+    // loses what it got: some hundred bytes.
+    CheckMemory(status);
+    const std::unique_ptr<icu::LocaleMatcher, DestroyMatcher> matcher(built);
     icu::Locale::RangeIterator<std::vector<icu::Locale>::iterator> desired(wanted.begin(), wanted.end());
-    const icu::LocaleMatcher::Result result = matcher.getBestMatchResult(desired, status);
+    const icu::LocaleMatcher::Result result = matcher->getBestMatchResult(desired, status);
+    CheckMemory(status);
     if (U_SUCCESS(status) && result.getSupportedIndex() >= 0)
         return positions[static_cast<std::size_t>(result.getSupportedIndex())];
     return english.value_or(positions.front());
