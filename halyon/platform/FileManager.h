@@ -20,7 +20,8 @@ static_assert(sizeof(FSRef) == 1048);
 // Fills `*pRef` for the item at `pszPath` (UTF-8, or whatever bytes the file system uses), following links; a relative
 // path starts at the working folder. `*pIsDirectory`, where asked for, becomes 1 for a folder, else 0.
 // fnfErr: no such item, or it cannot be reached. pathTooLongErr: its resolved path is longer than 1023 bytes.
-// memFullErr: no memory to find it. paramErr: null or empty path, null `pRef`. After a failure `*pRef` is all zero and `*pIsDirectory` as it was. [any]
+// memFullErr: no memory to find it. paramErr: null or empty path, null `pRef`. After a failure `*pRef` is all zero and
+// `*pIsDirectory` as it was. [any]
 OSStatus FSPathMakeRef(const char* pszPath, FSRef* pRef, Boolean* pIsDirectory) noexcept;
 
 // Writes the item's path with its terminator into `uSize` bytes.
