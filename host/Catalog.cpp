@@ -80,12 +80,14 @@ constexpr std::string_view kOpenAction = "cannot open the catalogue";
 
 void CheckWritable(const std::string& path)
 {
-    if (access(path.c_str(), W_OK) != 0)
+    if (!IsEngineName(path) && access(path.c_str(), W_OK) != 0)
         ThrowSystemError("cannot write the catalogue", path, errno);
 }
 
 std::string CheckFile(const std::string& name, Catalog::Mode mode)
 {
+    if (IsEngineName(name))
+        return EngineName(kOpenAction, name, mode == Catalog::Mode::Create);
     DatabaseFile file = LookAtDatabaseFile(kOpenAction, name);
     if (!file.exists && mode == Catalog::Mode::Existing)
         throw HostError(kOpenAction, file.path, "there is none; import a folder first");

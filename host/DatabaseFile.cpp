@@ -1,5 +1,6 @@
 #include <host/DatabaseFile.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -50,5 +51,22 @@ DatabaseFile LookAtDatabaseFile(std::string_view action, const std::string& name
     CheckContent(action, file.path);
     file.exists = true;
     return file;
+}
+
+bool IsEngineName(std::string_view name) noexcept
+{
+    return name.starts_with("file:");
+}
+
+std::string EngineName(std::string_view action, std::string name, bool mayMake)
+{
+    if (!IsUTF8(name))
+        throw HostError(action, PrintableText(name), "it is not valid UTF-8");
+    const std::size_t end = std::min(name.find('#'), name.size()); // what follows means nothing to the engine
+    const std::string_view read = std::string_view(name).substr(0, end);
+    const bool hasQuery = read.find('?') != std::string_view::npos;
+    if (!mayMake && read.find("?mode=") == std::string_view::npos && read.find("&mode=") == std::string_view::npos)
+        name.insert(end, hasQuery ? "&mode=rw" : "?mode=rw");
+    return name;
 }
 } // namespace HynHost

@@ -10,6 +10,7 @@
 
 #include <host/BusyNotice.h>
 #include <host/CatalogVolumes.h>
+#include <host/DatabaseFile.h>
 #include <host/Interrupt.h>
 
 namespace HynHost
@@ -30,12 +31,18 @@ bool IsGone(const std::string& path)
         return !S_ISREG(status.st_mode);
     return errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
 }
+
+// The catalogue as a walk would give it. One that only the engine can find is in no folder.
+std::string PlaceOfCatalog(Catalog& catalog)
+{
+    const std::string& file = catalog.GetDatabase().File();
+    return IsEngineName(file) ? std::string() : std::filesystem::canonical(file).string();
+}
 } // namespace
 
 Importer::Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, Progress& progress,
                    std::function<void(const FileJobPtr&)> handOut)
-    : m_catalog(catalog), m_files(catalog),
-      m_catalogFile(std::filesystem::canonical(catalog.GetDatabase().File()).string()), m_progress(progress),
+    : m_catalog(catalog), m_files(catalog), m_catalogFile(PlaceOfCatalog(catalog)), m_progress(progress),
       m_handOut(std::move(handOut)),
       m_walk(scope.folder, links, scope.passed,
              [this](const std::string& path, const std::string& reason) { AddProblem(path, reason); }),

@@ -117,7 +117,7 @@ private:
 
     Catalog& m_catalog;
     CatalogFiles m_files;
-    std::string m_catalogFile; // the path as the walk gives it
+    std::string m_catalogFile; // the path as the walk gives it; empty: in no folder
     std::vector<Part> m_parts;
     Progress& m_progress;
     std::function<void(const FileJobPtr&)> m_handOut;

@@ -65,6 +65,8 @@ std::string FileToOpen(const Options& options)
     if (options.file == ":memory:")
         return options.file;
     constexpr std::string_view kAction = "cannot open the database";
+    if (IsEngineName(options.file))
+        return EngineName(kAction, options.file, options.create);
     const DatabaseFile file = LookAtDatabaseFile(kAction, options.file);
     if (!file.exists && !options.create)
         throw HostError(kAction, file.path, "there is no such file; --create makes one");

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
@@ -15,6 +16,7 @@
 #include <host/ListCommand.h>
 #include <host/OpenCommand.h>
 #include <host/SqlCommand.h>
+#include <host/Storage.h>
 #include <host/TrashCommand.h>
 
 namespace
@@ -24,6 +26,16 @@ int Run(int argc, char** argv)
     CLI::App app("Keeps a catalogue of media files, through the Halyon database module.", "hynhost");
     app.set_version_flag("--version", std::string("hynhost ") + HALYON_VERSION_TEXT);
     app.require_subcommand(1);
+    std::string storage;
+    app.add_option("--storage", storage, "An extension library of SQLite with a storage layer, for file:...?vfs=NAME")
+        ->type_name("LIBRARY")
+        ->envname("HYNHOST_STORAGE");
+    app.parse_complete_callback( // before the subcommand runs
+        [&storage]
+        {
+            if (!storage.empty())
+                HynHost::LoadStorage(storage);
+        });
     HynHost::AddImportCommand(app);
     HynHost::AddListCommand(app);
     HynHost::AddInfoCommand(app);
