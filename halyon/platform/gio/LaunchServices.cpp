@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <halyon/platform/TovPCMac.h>
+#include <halyon/platform/gio/CommandWords.h>
 #include <halyon/platform/gio/DesktopEntry.h>
 #include <halyon/platform/linux/Spawn.h>
 
@@ -22,36 +22,6 @@ namespace Halyon
 namespace
 {
 namespace fs = std::filesystem;
-
-// Splits at blanks; double quotes group, and may stand inside a word.
-std::vector<std::string> WordsOf(const char16_t* text)
-{
-    std::vector<std::u16string> words;
-    bool isInWord = false;
-    bool isQuoted = false;
-    for (; *text != 0; ++text)
-    {
-        if (!isQuoted && (*text == u' ' || *text == u'\t'))
-        {
-            isInWord = false;
-            continue;
-        }
-        if (!isInWord)
-            words.emplace_back();
-        isInWord = true;
-        if (*text == u'"')
-            isQuoted = !isQuoted;
-        else
-            words.back() += *text;
-    }
-    std::vector<std::string> result;
-    for (const std::u16string& word : words)
-    {
-        std::string& bytes = result.emplace_back(word.size() * 3, '\0');
-        bytes.resize(TovTextToUTF8(word.data(), word.size(), bytes.data(), bytes.size()));
-    }
-    return result;
-}
 
 bool IsProgram(const fs::path& path)
 {
@@ -136,7 +106,7 @@ OSStatus Launch(const LSLaunchFSRefSpec& spec)
     if (const OSStatus status = FSRefMakePath(spec.appRef, application, sizeof application); status != noErr)
         return status;
     const std::vector<std::string> parameters =
-        spec.passThruParams != nullptr ? WordsOf(spec.passThruParams) : std::vector<std::string>();
+        spec.passThruParams != nullptr ? CommandWords(spec.passThruParams) : std::vector<std::string>();
     const std::vector<LaunchCommand> commands = CommandsFor(application, DocumentsOf(spec), parameters);
     if (commands.empty())
         return kLSNotAnApplicationErr;
