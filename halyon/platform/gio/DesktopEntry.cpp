@@ -3,6 +3,7 @@
 
 #include <halyon/platform/gio/DesktopEntry.h>
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -147,6 +148,7 @@ std::vector<std::string> TerminalWords()
     return {};
 }
 
+// Its program is empty when there is none: a word may stand for nothing, or for something that is no program.
 LaunchCommand CommandFor(const std::vector<std::string>& words, const Entry& entry, Documents documents,
                          const std::vector<std::string>& parameters)
 {
@@ -156,7 +158,8 @@ LaunchCommand CommandFor(const std::vector<std::string>& words, const Entry& ent
     if (!HasCode(words, "fFuU"))
         command.arguments.insert(command.arguments.end(), documents.begin(), documents.end());
     command.arguments.insert(command.arguments.end(), parameters.begin(), parameters.end());
-    command.program = FileOf(command.arguments.front());
+    if (!command.arguments.empty())
+        command.program = FileOf(command.arguments.front());
     command.folder = ValueOf(entry, "Path");
     return command;
 }
@@ -178,12 +181,13 @@ std::vector<LaunchCommand> CommandsOfDesktopEntry(const char* path, const std::v
             return {};
         words.insert(words.begin(), terminal.begin(), terminal.end());
     }
-    if (documents.size() < 2 || !HasCode(words, "fu"))
-        return {CommandFor(words, entry, documents, parameters)};
     std::vector<LaunchCommand> commands;
-    commands.reserve(documents.size());
-    for (const std::string& document : documents)
-        commands.push_back(CommandFor(words, entry, Documents(&document, 1), parameters));
-    return commands;
+    if (documents.size() < 2 || !HasCode(words, "fu"))
+        commands.push_back(CommandFor(words, entry, documents, parameters));
+    else
+        for (const std::string& document : documents)
+            commands.push_back(CommandFor(words, entry, Documents(&document, 1), parameters));
+    const bool isMissing = std::ranges::any_of(commands, &std::string::empty, &LaunchCommand::program);
+    return isMissing ? std::vector<LaunchCommand>() : commands;
 }
 } // namespace Halyon
