@@ -52,6 +52,15 @@ struct Medium
     bool absent = false; // its volume is not mounted now
 };
 
+// The greatest or the smallest number where the sum is none: a catalogue may claim any sizes.
+long long Sum(long long a, long long b)
+{
+    long long sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum))
+        return sum;
+    return a < 0 ? std::numeric_limits<long long>::min() : std::numeric_limits<long long>::max();
+}
+
 // What is counted over the files of a group, or over all. They come with the latest first.
 struct Totals
 {
@@ -65,7 +74,7 @@ struct Totals
             largestPath = medium.path;
         }
         ++files;
-        bytes += medium.size;
+        bytes = Sum(bytes, medium.size);
         problems += medium.problem ? 1 : 0;
         absent += medium.absent ? 1 : 0;
     }
