@@ -11,6 +11,7 @@
 
 #include <host/DatabaseFile.h>
 #include <host/HostError.h>
+#include <host/PrintableText.h>
 
 namespace HynHost
 {
@@ -30,32 +31,31 @@ constexpr const char16_t* kMakeView =
     u" volume FROM file JOIN folder ON folder.id = file.folder JOIN volume ON volume.id = folder.volume"
     u" WHERE kind IS NOT NULL";
 
+constexpr const char16_t* kMakeFolder = u"CREATE TABLE folder ("
+                                        u" id INTEGER PRIMARY KEY,"
+                                        u" volume INTEGER NOT NULL REFERENCES volume (id),"
+                                        u" path TEXT NOT NULL,"
+                                        u" UNIQUE (volume, path))";
+
+constexpr const char16_t* kMakeFile = u"CREATE TABLE file ("
+                                      u" id INTEGER PRIMARY KEY,"
+                                      u" folder INTEGER NOT NULL REFERENCES folder (id),"
+                                      u" name TEXT NOT NULL,"
+                                      u" size INTEGER NOT NULL,"
+                                      u" mtime_ns INTEGER NOT NULL,"
+                                      u" inode INTEGER NOT NULL,"
+                                      u" kind TEXT,"
+                                      u" taken REAL,"
+                                      u" width INTEGER,"
+                                      u" height INTEGER,"
+                                      u" rating INTEGER,"
+                                      u" problem TEXT,"
+                                      u" UNIQUE (folder, name))";
+
 constexpr const char16_t* kSetVersion = u"PRAGMA user_version = 2";
 
 constexpr const char16_t* kSchema[] = {
-    kMakeVolume,
-    u"CREATE TABLE folder ("
-    u" id INTEGER PRIMARY KEY,"
-    u" volume INTEGER NOT NULL REFERENCES volume (id),"
-    u" path TEXT NOT NULL,"
-    u" UNIQUE (volume, path))",
-    u"CREATE TABLE file ("
-    u" id INTEGER PRIMARY KEY,"
-    u" folder INTEGER NOT NULL REFERENCES folder (id),"
-    u" name TEXT NOT NULL,"
-    u" size INTEGER NOT NULL,"
-    u" mtime_ns INTEGER NOT NULL,"
-    u" inode INTEGER NOT NULL,"
-    u" kind TEXT,"
-    u" taken REAL,"
-    u" width INTEGER,"
-    u" height INTEGER,"
-    u" rating INTEGER,"
-    u" problem TEXT,"
-    u" UNIQUE (folder, name))",
-    kMakeView,
-    u"PRAGMA application_id = 1215917635",
-    kSetVersion,
+    kMakeVolume, kMakeFolder, kMakeFile, kMakeView, u"PRAGMA application_id = 1215917635", kSetVersion,
 };
 
 // Version 1 kept absolute paths, which are paths on the startup volume; other volumes take theirs when they are
@@ -75,6 +75,20 @@ constexpr const char16_t* kFromVersion1[] = {
     kMakeView,
     kSetVersion,
 };
+
+// How version 1 made what this one makes otherwise.
+constexpr const char16_t* kFolderOfVersion1 =
+    u"CREATE TABLE folder (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE)";
+constexpr const char16_t* kViewOfVersion1 =
+    u"CREATE VIEW media AS SELECT file.id AS id, folder.path || file.name AS path,"
+    u" CASE folder.path WHEN '/' THEN '/' ELSE rtrim(folder.path, '/') END AS folder, file.name AS name, kind, size,"
+    u" mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem"
+    u" FROM file JOIN folder ON folder.id = file.folder WHERE kind IS NOT NULL";
+
+// What no version has made. A table that was renamed has its name in quotes. The engine's own statistics do no harm.
+constexpr const char16_t* kFindForeign =
+    u"SELECT name FROM sqlite_master WHERE sql IS NOT NULL AND sql NOT LIKE 'CREATE TABLE sqlite@_stat%' ESCAPE '@'"
+    u" AND replace(sql, '\"', '') NOT IN (?, ?, ?, ?, ?, ?) ORDER BY name LIMIT 1";
 
 constexpr std::string_view kOpenAction = "cannot open the catalogue";
 
@@ -135,8 +149,23 @@ Catalog::Catalog(const std::string& file, Mode mode) : m_database(CheckFile(file
     if (mode == Mode::Create && Number(m_database, u"PRAGMA application_id") == 0 &&
         Number(m_database, u"PRAGMA user_version") == 0)
         Create();
+    CheckSchema();
     Upgrade();
     CheckVersion();
+}
+
+// A view, a trigger or an index that someone else has put in runs with what is done here, and could run for ever.
+void Catalog::CheckSchema()
+{
+    if (Number(m_database, u"PRAGMA application_id") != kApplicationID ||
+        Number(m_database, u"PRAGMA user_version") > kVersion)
+        return; // it is refused for that
+    Command find = m_database.prepare(kFindForeign);
+    const Rows foreign = find.query(kMakeVolume, kMakeFolder, kMakeFile, kMakeView, kFolderOfVersion1, kViewOfVersion1);
+    if (foreign.at_end())
+        return;
+    const std::string name = PrintableText(foreign.row().get<std::optional<std::string>>(0).value_or(""));
+    throw HostError(kOpenAction, m_database.File(), "it holds \"" + name + "\", which this program did not make so");
 }
 
 void Catalog::Upgrade()

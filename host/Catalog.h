@@ -14,8 +14,8 @@
 //       stores them, seconds since 2001-01-01 UTC; width, height, rating and problem may be NULL
 //
 // A catalogue carries an application id and a version in the database header. One of an earlier version is brought to
-// this one when it is opened, in one transaction; a file that is something else, or of a later version, is refused and
-// left as it is.
+// this one when it is opened, in one transaction; a file that is something else, or of a later version, or that holds
+// tables, views, indexes or triggers beside these, is refused and left as it is.
 #pragma once
 
 #include <optional>
@@ -47,6 +47,7 @@ public:
 private:
     void Create();
     void Upgrade();
+    void CheckSchema();
     void CheckVersion();
 
     Database m_database;
