@@ -47,6 +47,7 @@ struct Place
         setenv("HALYON_MODULE", HALYON_MODULE_FILE, 1);
         // The commands let go of the module each time; a fuzzer's counters in it must stay.
         Hold(dlopen(HALYON_MODULE_FILE, RTLD_NOW | RTLD_NODELETE) != nullptr, "the module loads");
+        std::filesystem::create_symlink("catalog.db", link);
         std::filesystem::create_directory(folder.Path() / "media");
         folder.Write("media/a.txt");
         folder.Write("media/b.jpg", "\xFF\xD8\xFF");
@@ -60,6 +61,7 @@ struct Place
     HalyonTest::TempFolder folder;
     std::string base = (folder.Path() / "base.db").native();
     std::string file = (folder.Path() / "catalog.db").native();
+    std::string link = (folder.Path() / "link.db").native();
     std::string baseBytes;
 };
 
@@ -93,13 +95,9 @@ void Run(const std::string& line)
         Hold(*failure.what() != '\0', "a refusal says why");
     }
 }
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+// Makes the catalogue of an input; returns its name.
+std::string Make(const Place& place, unsigned how, HalyonFuzz::Input& input)
 {
-    static const Place place;
-    HalyonFuzz::Input input(data, size);
-    const auto how = input.Take<std::uint8_t>();
     for (const char* suffix : {"", "-journal", "-wal", "-shm"})
         std::filesystem::remove(place.file + suffix);
     std::string bytes = place.baseBytes;
@@ -108,15 +106,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     else if (how % 4 == 2)
         bytes = input.TakeRest();
     std::ofstream(place.file, std::ios::binary) << bytes;
-    if (how % 2 == 0)
+    if (how % 4 == 0)
         ChangeBySql(place.file, std::string(input.TakeRest()));
+    else if (how % 4 == 3) // what a program that broke off would have left
+        std::ofstream(place.file + "-journal", std::ios::binary) << input.TakeRest();
+    return (how & 8) == 0 ? place.file : place.link;
+}
+} // namespace
 
-    Run("list --catalog " + place.file);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const Place place;
+    HalyonFuzz::Input input(data, size);
+    const auto how = input.Take<std::uint8_t>();
+    const std::string catalog = Make(place, how, input);
+    Run("list --catalog " + catalog);
     for (const char* key : {"day", "folder", "kind", "size"})
-        Run("list --limit 3 --by " + std::string(key) + " --catalog " + place.file);
-    Run("sql --json " + place.file +
-        " 'PRAGMA integrity_check(3); PRAGMA table_info(file); SELECT * FROM file LIMIT 9'");
+        Run("list --limit 3 --by " + std::string(key) + " --catalog " + catalog);
+    Run("sql --json " + catalog + " 'PRAGMA integrity_check(3); PRAGMA table_info(file); SELECT * FROM file LIMIT 9'");
     if ((how & 4) != 0) // takes its time: threads and the recognition of files
-        Run("import --jobs 1 --catalog " + place.file + " " + (place.folder.Path() / "media").native());
+        Run("import --jobs 1 --catalog " + catalog + " " + (place.folder.Path() / "media").native());
     return 0;
 }

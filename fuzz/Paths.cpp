@@ -130,6 +130,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Join(a, b);
     TakeApart(a);
     Compare(a, b);
-    Ask(a, b);
+    if (!input.IsEmpty()) // takes its time
+        Ask(a, b);
     return 0;
 }
