@@ -113,9 +113,7 @@ HynResult CHynSQCommand::ExecuteSQL()
     // What a record set would do from its construction to its end, without one: nobody would ever see it.
     if (m_statement.Get() == nullptr)
         return HYN_E_FAIL;
-    const HynResult result = m_statement.Step();
-    m_statement.Reset();
-    return HynFailed(result) ? result : HYN_S_OK;
+    return m_statement.Execute();
 }
 
 HynResult CHynSQCommand::OpenRecordSet(IHynSQRecordSet** ppRecordSet)

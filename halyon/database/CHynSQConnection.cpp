@@ -111,10 +111,8 @@ HynResult CHynSQConnection::ExecuteSQL(const char16_t* sql)
     if (database == nullptr || sql == nullptr)
         return HYN_E_FAIL;
     CHynSQStatement statement;
-    HynResult result = statement.Prepare(database, sql);
-    if (HynSucceeded(result))
-        result = statement.Step();
-    return HynFailed(result) ? result : HYN_S_OK;
+    const HynResult result = statement.Prepare(database, sql);
+    return HynFailed(result) ? result : statement.Execute();
 }
 
 HynResult CHynSQConnection::OpenRecordSet(const char16_t* sql, IHynSQRecordSet** ppRecordSet)

@@ -53,6 +53,16 @@ HynResult CHynSQStatement::Step() noexcept
     return HYN_E_FAIL;
 }
 
+HynResult CHynSQStatement::Execute() noexcept
+{
+    const HynResult result = Step();
+    const int code = Reset();
+    if (result != HYN_S_OK || code == SQLITE_OK)
+        return HynFailed(result) ? result : HYN_S_OK;
+    // A statement that writes and gives rows commits when it ends, which is now.
+    return code == SQLITE_BUSY ? HYN_E_FAIL : HYN_E_SQSTEP;
+}
+
 int CHynSQStatement::Reset() noexcept
 {
     return Told(sqlite3_db_handle(m_pStatement), sqlite3_reset(m_pStatement));

@@ -47,11 +47,12 @@ public:
 
     // Runs the statement to its first step and makes it ready to run again. HYN_S_OK with or without rows.
     // HYN_E_FAIL: nothing prepared; the database stayed busy for about 100 seconds; any other refusal without a code.
-    // HYN_E_SQSTEP: the engine refused the step. [owner & prepared]
+    // HYN_E_SQSTEP: the engine refused the step, or to keep what a statement with rows wrote. [owner & prepared]
     virtual HynResult ExecuteSQL() = 0;
 
     // Hands over a record set on this statement that stands on the first row, or at the end. The caller releases it; it
     // keeps the command alive. Record sets of one command share its statement: a step of one moves them all.
+    // What a statement with rows writes outside a transaction is kept for certain only when a step has come to the end.
     // Codes as for ExecuteSQL; HYN_E_FAIL also for null or no memory. On failure `*ppRecordSet` is untouched.
     // [owner & prepared]
     virtual HynResult OpenRecordSet(IHynSQRecordSet** ppRecordSet) = 0;

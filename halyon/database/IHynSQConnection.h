@@ -46,7 +46,8 @@ public:
     virtual HynResult RollbackTrans() = 0;
 
     // Runs the first statement of `sql` to its first step. Never HYN_S_FALSE: a statement without rows is HYN_S_OK.
-    // HYN_E_FAIL: null or malformed `sql`, no handle. HYN_E_SQSTEP: the engine refused the step. [any]
+    // HYN_E_FAIL: null or malformed `sql`, no handle. HYN_E_SQSTEP: the engine refused the step, or to keep what a
+    // statement with rows wrote. [any]
     virtual HynResult ExecuteSQL(const char16_t* sql) = 0;
 
     // Runs the first statement of `sql` and hands over a record set that stands on its first row, or at its end when

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <halyon/database/IHynSQCommand.h>
 #include <halyon/database/IHynSQRecordSet.h>
 #include <halyon/string/CTovStringW.h>
 
@@ -64,6 +65,8 @@ bool Ledger::Transact()
         return false;
     const std::string txn = std::to_string(m_told.size());
     m_told.push_back(Told::Failed);
+    if (m_told.size() % 3 == 0)
+        return Tell(InsertAtOnce(txn));
     if (HynFailed(m_connection->BeginTrans()))
         return false;
     bool isWritten = Run("UPDATE entry SET filler = randomblob(1500) WHERE txn = " + txn + " - 1");
@@ -75,6 +78,20 @@ bool Ledger::Transact()
         return false;
     }
     return Tell(HynSucceeded(m_connection->CommitTrans()));
+}
+
+// By one statement, which is its own transaction and ends after the first of its rows, of which nobody asks for more.
+bool Ledger::InsertAtOnce(const std::string& txn) const
+{
+    const CTovStringW sql =
+        Wide("WITH RECURSIVE count (n) AS (VALUES (0) UNION ALL SELECT n + 1 FROM count WHERE n < " +
+             std::to_string(kRows - 1) + ") INSERT INTO entry SELECT " + txn +
+             ", n, randomblob(1800) FROM count RETURNING n");
+    CHynAutoPtr<IHynSQCommand> command;
+    if (m_told.size() % 2 == 0)
+        return HynSucceeded(m_connection->ExecuteSQL(sql));
+    return HynSucceeded(m_connection->CreateCommand(command.Receive())) && HynSucceeded(command->PrepareSQL(sql)) &&
+           HynSucceeded(command->ExecuteSQL());
 }
 
 bool Ledger::Tell(bool isDone)

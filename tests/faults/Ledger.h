@@ -44,6 +44,7 @@ private:
         Unclear, // the commit failed
     };
 
+    [[nodiscard]] bool InsertAtOnce(const std::string& txn) const;
     bool Tell(bool isDone);
     [[nodiscard]] bool Run(const std::string& sql) const;
     [[nodiscard]] long long Ask(const std::string& sql) const;
