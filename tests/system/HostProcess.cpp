@@ -1,6 +1,7 @@
 #include <tests/system/HostProcess.h>
 
 #include <array>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +40,12 @@ std::string ContentOf(int descriptor)
 {
     for (const auto& [name, value] : options.environment)
         setenv(name.c_str(), value.c_str(), 1);
+    if (options.mostFileBytes)
+    {
+        const rlimit most{*options.mostFileBytes, *options.mostFileBytes};
+        signal(SIGXFSZ, SIG_IGN); // a write fails instead
+        setrlimit(RLIMIT_FSIZE, &most);
+    }
     if (options.user && (setgroups(0, nullptr) != 0 || setgid(*options.user) != 0 || setuid(*options.user) != 0))
         _exit(125);
     std::vector<char*> words{const_cast<char*>(HYNHOST)};
@@ -107,6 +115,17 @@ void HostProcess::Type(std::string_view keys) const
 {
     if (write(m_terminal, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size()))
         throw std::runtime_error("the terminal takes no keys");
+}
+
+void HostProcess::Kill() const
+{
+    kill(m_pid, SIGKILL);
+}
+
+bool HostProcess::HasEnded() const
+{
+    siginfo_t info = {};
+    return waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == m_pid;
 }
 
 HostOutcome HostProcess::Finish()

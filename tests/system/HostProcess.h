@@ -18,6 +18,7 @@ struct HostOptions
     std::string input = {};                              // on standard input
     std::optional<unsigned short> terminalColumns = {};  // on a terminal of this width, else in files
     std::optional<uid_t> user = {};                      // only root can be another
+    std::optional<unsigned long> mostFileBytes = {};     // no file grows beyond
 };
 
 struct HostOutcome
@@ -38,6 +39,9 @@ public:
     // On a terminal: reads until it shows `text`; false when the program ended without. Types on it.
     bool WaitFor(std::string_view text);
     void Type(std::string_view keys) const;
+    // Ends it at once, without a word to it.
+    void Kill() const;
+    [[nodiscard]] bool HasEnded() const;
     // Waits for the end and takes all that was written.
     HostOutcome Finish();
 

@@ -1,0 +1,161 @@
+// Imports that are killed, again and again: HALYON_KILLS says how often.
+#include <tests/system/HostTest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+
+#include <poll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+using HalyonTest::HostOutcome;
+using HalyonTest::HostProcess;
+using HalyonTest::Shows;
+
+namespace
+{
+constexpr int kFiles = 1000;
+constexpr int kBatch = 256; // files of one transaction, on a machine that reads them in time
+constexpr auto kInTime = std::chrono::seconds(2);
+
+// What happens in a folder: each step of the engine on a database or its journal is an event or two.
+class FolderEvents
+{
+public:
+    explicit FolderEvents(const std::filesystem::path& folder) : m_descriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        inotify_add_watch(m_descriptor, folder.c_str(), IN_CREATE | IN_MODIFY | IN_DELETE);
+    }
+    ~FolderEvents() { close(m_descriptor); }
+    FolderEvents(const FolderEvents&) = delete;
+    FolderEvents& operator=(const FolderEvents&) = delete;
+
+    // Waits until so many have come; false when the process has ended before.
+    bool WaitFor(int count, const HostProcess& process)
+    {
+        constexpr int kLookMilliseconds = 10;
+        while (m_seen < count)
+        {
+            const bool hasEnded = process.HasEnded();
+            pollfd ready{m_descriptor, POLLIN, 0};
+            if (poll(&ready, 1, kLookMilliseconds) == 1)
+                ReadSome();
+            else if (hasEnded)
+                return false;
+        }
+        return true;
+    }
+
+private:
+    void ReadSome()
+    {
+        alignas(inotify_event) char buffer[4096];
+        const ssize_t size = read(m_descriptor, buffer, sizeof buffer);
+        for (ssize_t at = 0; at < size; ++m_seen)
+            at +=
+                static_cast<ssize_t>(sizeof(inotify_event) + reinterpret_cast<const inotify_event*>(buffer + at)->len);
+    }
+
+    int m_descriptor;
+    int m_seen = 0;
+};
+
+class KilledImportTest : public HalyonTest::HostTest
+{
+protected:
+    void SetUp() override
+    {
+        const std::string make =
+            "'" HALYON_SCRIPTS "/make-tree' '" + Tree().string() + "' " + std::to_string(kFiles) + " >/dev/null";
+        ASSERT_EQ(std::system(make.c_str()), 0);
+    }
+
+    [[nodiscard]] std::filesystem::path Tree() const { return Path("tree"); }
+
+    // Runs an import that is killed after `events`, and a little later; false when it has come to its end before.
+    bool KillImport(int events, int microseconds) const
+    {
+        FolderEvents seen(Path(""));
+        HostProcess process({"import", Tree().string(), "--catalog", Catalog()}, InZone({}));
+        const bool isKilled = seen.WaitFor(events, process);
+        const auto moment = std::chrono::steady_clock::now() + std::chrono::microseconds(microseconds);
+        while (isKilled && std::chrono::steady_clock::now() < moment)
+        {
+        }
+        process.Kill();
+        const HostOutcome outcome = process.Finish();
+        EXPECT_TRUE(outcome.status == 0 || outcome.status == 128 + SIGKILL) << outcome.err;
+        return isKilled;
+    }
+
+    // What the catalogue says of the files, which does not depend on the order in which they came.
+    [[nodiscard]] std::string Facts() const
+    {
+        return Query("SELECT path, kind, size, modified, taken, width, height, rating, problem FROM media"
+                     " ORDER BY path");
+    }
+
+    // The number of files in it, if it is sound.
+    [[nodiscard]] int SoundFiles() const
+    {
+        const std::string made = Query("SELECT count(*) FROM sqlite_master WHERE name IN ('file', 'folder', 'volume',"
+                                       " 'media')");
+        EXPECT_TRUE(made == "0\n" || made == "4\n") << "half of the tables: " << made;
+        if (made != "4\n")
+            return 0;
+        const std::string state = Query("SELECT count(*), (SELECT group_concat(integrity_check) FROM"
+                                        " pragma_integrity_check), (SELECT count(*) FROM pragma_foreign_key_check)"
+                                        " FROM file");
+        EXPECT_TRUE(state.ends_with(",ok,0\n")) << state;
+        return std::stoi(state);
+    }
+};
+} // namespace
+
+TEST_F(KilledImportTest, LosesNothingAndTheNextOneRepairsAndGoesOn)
+{
+    const char* variable = std::getenv("HALYON_KILLS");
+    const int kills = variable != nullptr ? std::atoi(variable) : 4;
+    constexpr unsigned kSeed = 20240229;
+    std::mt19937 random(kSeed);
+    ASSERT_EQ(Import(Tree()).status, 0);
+    const std::string facts = Facts();
+    std::filesystem::remove(Catalog());
+
+    int killed = 0;
+    int completed = 0;
+    int repaired = 0;
+    int before = 0;
+    for (bool isInTime = true; killed < kills && !HasFailure();)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        const bool isKilled = KillImport(1 + static_cast<int>(random() % 60), static_cast<int>(random() % 2000));
+        isInTime = isInTime && std::chrono::steady_clock::now() - start < kInTime;
+        killed += isKilled ? 1 : 0;
+        repaired += std::filesystem::exists(Catalog() + "-journal") ? 1 : 0;
+        // Now and then the next import finds the catalogue as it was left.
+        if (isKilled && random() % 3 == 0)
+            continue;
+        const int files = std::filesystem::exists(Catalog()) ? SoundFiles() : 0;
+        EXPECT_GE(files, before) << "lost, seed " << kSeed << ", kill " << killed;
+        EXPECT_TRUE(!isInTime || files == kFiles || files % kBatch == 0) << files << ": half a transaction";
+        before = files;
+        if (files < kFiles && isKilled)
+            continue;
+        const HostOutcome last = Import(Tree());
+        EXPECT_EQ(last.status, 0) << last.err;
+        EXPECT_EQ(last.err, "") << "without a question";
+        EXPECT_EQ(Facts(), facts);
+        std::filesystem::remove(Catalog());
+        before = 0;
+        isInTime = true;
+        ++completed;
+    }
+    const HostOutcome last = Import(Tree());
+    EXPECT_EQ(last.status, 0) << last.err;
+    EXPECT_EQ(Facts(), facts);
+    std::printf("%d kills (seed %u), %d journals left behind, %d imports completed\n", killed, kSeed, repaired,
+                completed + 1);
+}
