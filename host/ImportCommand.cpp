@@ -39,30 +39,31 @@ unsigned long long Number(std::uint64_t number)
     return number;
 }
 
-Catalog OpenCatalog(const std::string& file)
-{
-    const BusyNotice notice(
-        [&file]
-        { std::fprintf(stderr, "hynhost: waiting for the catalogue %s: another program is using it\n", file.c_str()); },
-        [] { std::fputs("hynhost: interrupted before the first file\n", stderr); });
-    return Catalog(file, Catalog::Mode::Create);
-}
-
-// The module's codes do not tell a full disk from other refusals.
-ImportReport RunImport(ImportPipeline& pipeline, const std::string& catalog)
+// Runs `work` on the catalogue and says what it was for when the database refuses. The module's codes do not tell a
+// full disk from other refusals.
+template <class Work>
+auto OnCatalog(const char* action, const std::string& catalog, Work work)
 {
     try
     {
-        return pipeline.Run();
+        return work();
     }
     catch (const DatabaseError& failure)
     {
         std::error_code error;
         const auto space = std::filesystem::space(catalog, error);
         const bool isFull = !error && space.available < kNoSpace;
-        throw HostError("cannot bring up to date", catalog,
-                        failure.what() + std::string(isFull ? " (its disk is full)" : ""));
+        throw HostError(action, catalog, failure.what() + std::string(isFull ? " (its disk is full)" : ""));
     }
+}
+
+Catalog OpenCatalog(const std::string& file)
+{
+    const BusyNotice notice(
+        [&file]
+        { std::fprintf(stderr, "hynhost: waiting for the catalogue %s: another program is using it\n", file.c_str()); },
+        [] { std::fputs("hynhost: interrupted before the first file\n", stderr); });
+    return OnCatalog("cannot open the catalogue", file, [&file] { return Catalog(file, Catalog::Mode::Create); });
 }
 
 void PrintReport(const ImportReport& report, const std::string& folder, const std::string& catalog, double seconds)
@@ -101,7 +102,8 @@ void Import(const Options& options)
                             options.jobs, progress);
 
     const auto start = Clock::now();
-    const ImportReport report = RunImport(pipeline, catalog.GetDatabase().File());
+    const ImportReport report =
+        OnCatalog("cannot bring up to date", catalog.GetDatabase().File(), [&pipeline] { return pipeline.Run(); });
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     PrintReport(report, scope.folder, catalog.GetDatabase().File(), seconds);
     PrintProblems(report);

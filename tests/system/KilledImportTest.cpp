@@ -1,4 +1,4 @@
-// Imports that are killed, again and again: HALYON_KILLS says how often.
+// Imports that are killed, again and again, and disks that fill up. HALYON_KILLS says how often.
 #include <tests/system/HostTest.h>
 
 #include <chrono>
@@ -158,4 +158,25 @@ TEST_F(KilledImportTest, LosesNothingAndTheNextOneRepairsAndGoesOn)
     EXPECT_EQ(Facts(), facts);
     std::printf("%d kills (seed %u), %d journals left behind, %d imports completed\n", killed, kSeed, repaired,
                 completed + 1);
+}
+
+// Wherever it fills up: the import says so and ends, and with room the next one goes on.
+TEST_F(KilledImportTest, AFullDiskEndsItWithAReasonAndNothingIsLost)
+{
+    std::string facts;
+    for (const unsigned long most : {600ul, 6000ul, 60000ul})
+    {
+        const HostOutcome full = Import(Tree(), {.mostFileBytes = most});
+        EXPECT_EQ(full.status, 1) << most;
+        EXPECT_TRUE(Shows(full.err, "hynhost: cannot ") && Shows(full.err, Catalog())) << most;
+        const int files = SoundFiles();
+        EXPECT_LT(files, kFiles) << most;
+        const HostOutcome outcome = Import(Tree());
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_TRUE(Shows(outcome.out, std::to_string(kFiles - files) + " new, 0 changed, " + std::to_string(files) +
+                                           " unchanged, 0 gone"));
+        facts = facts.empty() ? Facts() : facts;
+        EXPECT_EQ(Facts(), facts) << most;
+        std::filesystem::remove(Catalog());
+    }
 }
