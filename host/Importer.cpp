@@ -293,11 +293,14 @@ void Importer::AddProblem(const std::string& path, const std::string& reason)
         ++m_report.moreProblems;
 }
 
-// The catalogue may lie in the folder; looking at it would change it each time.
+// The catalogue may lie in the folder, with what the engine keeps beside it; looking at it would change it each time.
 bool Importer::IsCatalog(const WalkedFile& file) const
 {
     const std::string path = file.folder + file.name;
-    return path.starts_with(m_catalogFile) && (path == m_catalogFile || path == m_catalogFile + "-journal");
+    if (!path.starts_with(m_catalogFile))
+        return false;
+    const std::string_view rest = std::string_view(path).substr(m_catalogFile.size());
+    return rest.empty() || rest == "-journal" || rest == "-wal" || rest == "-shm";
 }
 
 Transaction Importer::Begin(Transaction::Kind kind)

@@ -162,3 +162,16 @@ TEST_F(ImportTest, MissingModuleIsNamed)
     EXPECT_TRUE(Shows(outcome.err, "/nowhere/HynSQ.so"));
     EXPECT_FALSE(std::filesystem::exists(Catalog()));
 }
+
+TEST_F(ImportTest, TheCatalogueAndWhatTheEngineKeepsBesideItAreNoFilesOfTheFolder)
+{
+    const auto media = CopySamples({"2024-12 Merzouga/dunes.jpg"});
+    const std::string catalog = media / "catalog.db";
+    for (const char* journal : {"DELETE", "WAL"})
+    {
+        EXPECT_EQ(Host({"sql", "--create", catalog, std::string("PRAGMA journal_mode = ") + journal}).status, 0);
+        const HostOutcome outcome = Host({"import", media.string(), "--catalog", catalog, "--jobs", "1"});
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(outcome.out.find("other files"), std::string::npos) << journal << ": " << outcome.out;
+    }
+}
