@@ -11,6 +11,10 @@ Database::Database(const std::string& file) : Connection(LoadModule(), file), m_
 
 Transaction::Transaction(Database& database, Kind kind) : m_database(database)
 {
+    // Each thread's handle has a setting of its own. With the engine's usual one the journal's deletion, and with it
+    // the last transaction, may be lost with the power.
+    if (kind == Kind::Exclusive)
+        database.execute(u"PRAGMA synchronous = EXTRA");
     const HynResult result = m_transaction.try_begin(database, kind);
     if (result == Halyon::HYN_E_FAIL && kind == Kind::Exclusive)
         throw HostError("cannot lock", database.File(), "another program has kept it busy, or it cannot be written");

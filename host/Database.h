@@ -34,7 +34,8 @@ class Transaction
 public:
     using Kind = Halyon::Client::Transaction::Kind;
 
-    // Waits while the database is busy, about 100 seconds. Throws HostError when it stays so.
+    // Waits while the database is busy, about 100 seconds. Throws HostError when it stays so. What an exclusive one has
+    // committed outlasts a power cut.
     explicit Transaction(Database& database, Kind kind = Kind::Exclusive);
 
     void Commit();

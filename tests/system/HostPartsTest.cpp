@@ -5,6 +5,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -13,11 +14,15 @@
 
 #include <halyon/platform/TovPCMac.h>
 #include <halyon/tools/CHynPubTools.h>
+#include <host/Catalog.h>
 #include <host/FileBytes.h>
 #include <host/Moment.h>
 #include <host/PrintableText.h>
 #include <host/Progress.h>
 #include <host/VideoFacts.h>
+
+#include <tests/support/Environment.h>
+#include <tests/support/TempFolder.h>
 
 using namespace std::string_literals;
 
@@ -163,4 +168,20 @@ TEST(HostFileBytes, AFileThatShrinksReadsAsZerosAndSaysSo)
         EXPECT_EQ(file.Bytes().size(), 5U);
     }
     std::filesystem::remove(path);
+}
+
+// tests/faults shows which setting of the engine keeps what.
+TEST(HostCatalog, IsWrittenOnEveryThreadSoThatAPowerCutTakesNothingBack)
+{
+    const HalyonTest::TempFolder folder;
+    HalyonTest::Environment environment;
+    environment.Set("HALYON_MODULE", HYNSQ_MODULE);
+    HynHost::Catalog catalog(folder.Path() / "catalog.db", HynHost::Catalog::Mode::Create);
+    std::thread(
+        [&]
+        {
+            const HynHost::Transaction transaction(catalog.GetDatabase());
+            EXPECT_EQ(catalog.GetDatabase().query(u"PRAGMA synchronous").row().get<std::int32_t>(0), 3);
+        })
+        .join();
 }
