@@ -144,7 +144,8 @@ std::string Catalog::DefaultFile()
     return base + "/halyon/catalog.db";
 }
 
-Catalog::Catalog(const std::string& file, Mode mode) : m_database(CheckFile(file, mode))
+Catalog::Catalog(const std::string& file, Mode mode)
+try : m_database(CheckFile(file, mode))
 {
     if (mode == Mode::Create && Number(m_database, u"PRAGMA application_id") == 0 &&
         Number(m_database, u"PRAGMA user_version") == 0)
@@ -152,6 +153,27 @@ Catalog::Catalog(const std::string& file, Mode mode) : m_database(CheckFile(file
     CheckSchema();
     Upgrade();
     CheckVersion();
+}
+catch (const DatabaseError& failure)
+{
+    ThrowRefusal(kOpenAction, file, failure);
+}
+
+void ThrowRefusal(std::string_view action, const std::string& catalog, const DatabaseError& failure)
+{
+    constexpr std::uintmax_t kNoSpace = 1000000; // bytes that are left on a full disk
+    std::string reason = failure.what();
+    std::error_code error;
+    const auto space = std::filesystem::space(catalog, error);
+    if (!error && space.available < kNoSpace)
+        reason += " (its disk is full)";
+    const std::string journal = catalog + "-journal";
+    const std::string folder = std::filesystem::absolute(catalog, error).parent_path().string();
+    if (std::filesystem::exists(journal, error) &&
+        (access(catalog.c_str(), W_OK) != 0 || access(folder.c_str(), W_OK) != 0))
+        reason +=
+            " (what a program that was killed left in " + journal + " can only be repaired by one that may write)";
+    throw HostError(action, catalog, reason);
 }
 
 // A view, a trigger or an index that someone else has put in runs with what is done here, and could run for ever.

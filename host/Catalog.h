@@ -39,7 +39,7 @@ public:
     // $XDG_DATA_HOME/halyon/catalog.db, or the same under ~/.local/share. Throws HostError without a home. [any]
     [[nodiscard]] static std::string DefaultFile();
 
-    // Opens it and checks that it is a catalogue. Throws HostError or DatabaseError.
+    // Opens it and checks that it is a catalogue. Throws HostError.
     Catalog(const std::string& file, Mode mode);
 
     [[nodiscard]] Database& GetDatabase() noexcept { return m_database; }
@@ -52,4 +52,8 @@ private:
 
     Database m_database;
 };
+
+// Throws a HostError for what the database refused, with the reason where it can be found out: the module's codes do
+// not tell a full disk or a missing right from other refusals.
+[[noreturn]] void ThrowRefusal(std::string_view action, const std::string& catalog, const DatabaseError& failure);
 } // namespace HynHost

@@ -32,29 +32,9 @@ struct Options
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uintmax_t kNoSpace = 1000000; // bytes that are left on a full disk
-
 unsigned long long Number(std::uint64_t number)
 {
     return number;
-}
-
-// Runs `work` on the catalogue and says what it was for when the database refuses. The module's codes do not tell a
-// full disk from other refusals.
-template <class Work>
-auto OnCatalog(const char* action, const std::string& catalog, Work work)
-{
-    try
-    {
-        return work();
-    }
-    catch (const DatabaseError& failure)
-    {
-        std::error_code error;
-        const auto space = std::filesystem::space(catalog, error);
-        const bool isFull = !error && space.available < kNoSpace;
-        throw HostError(action, catalog, failure.what() + std::string(isFull ? " (its disk is full)" : ""));
-    }
 }
 
 Catalog OpenCatalog(const std::string& file)
@@ -63,7 +43,19 @@ Catalog OpenCatalog(const std::string& file)
         [&file]
         { std::fprintf(stderr, "hynhost: waiting for the catalogue %s: another program is using it\n", file.c_str()); },
         [] { std::fputs("hynhost: interrupted before the first file\n", stderr); });
-    return OnCatalog("cannot open the catalogue", file, [&file] { return Catalog(file, Catalog::Mode::Create); });
+    return Catalog(file, Catalog::Mode::Create);
+}
+
+ImportReport RunImport(ImportPipeline& pipeline, const std::string& catalog)
+{
+    try
+    {
+        return pipeline.Run();
+    }
+    catch (const DatabaseError& failure)
+    {
+        ThrowRefusal("cannot bring up to date", catalog, failure);
+    }
 }
 
 void PrintReport(const ImportReport& report, const std::string& folder, const std::string& catalog, double seconds)
@@ -102,8 +94,7 @@ void Import(const Options& options)
                             options.jobs, progress);
 
     const auto start = Clock::now();
-    const ImportReport report =
-        OnCatalog("cannot bring up to date", catalog.GetDatabase().File(), [&pipeline] { return pipeline.Run(); });
+    const ImportReport report = RunImport(pipeline, catalog.GetDatabase().File());
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     PrintReport(report, scope.folder, catalog.GetDatabase().File(), seconds);
     PrintProblems(report);

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <random>
 
 #include <poll.h>
@@ -16,6 +17,7 @@ using HalyonTest::Shows;
 
 namespace
 {
+constexpr uid_t kNobody = 65534;
 constexpr int kFiles = 1000;
 constexpr int kBatch = 256; // files of one transaction, on a machine that reads them in time
 constexpr auto kInTime = std::chrono::seconds(2);
@@ -163,6 +165,28 @@ TEST_F(KilledImportTest, LosesNothingAndTheNextOneRepairsAndGoesOn)
     EXPECT_EQ(Facts(), facts);
     std::printf("%d kills (seed %u), %d times a journal was left, %d imports completed\n", killed, kSeed, repaired,
                 completed + 1);
+}
+
+TEST_F(KilledImportTest, WhoMayOnlyReadIsToldWhatHasToBeRepaired)
+{
+    if (!HalyonTest::CanRunAsSomebodyElse())
+        GTEST_SKIP() << "root alone can be somebody else, and only where others reach the program";
+    constexpr char kHot = static_cast<char>(0xd9); // a journal that was synced begins so
+    for (int events = 10, first = 0; first != kHot; events = events % 40 + 1)
+    {
+        std::filesystem::remove(Catalog());
+        std::filesystem::remove(Catalog() + "-journal");
+        KillImport(events, 0);
+        first = static_cast<char>(std::ifstream(Catalog() + "-journal").get());
+    }
+    using std::filesystem::perms;
+    std::filesystem::permissions(Path(""), perms::owner_all | perms::others_exec | perms::others_read);
+    const HostOutcome outcome = List({}, {.user = kNobody});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(Shows(outcome.err, "cannot open the catalogue " + Catalog()));
+    EXPECT_TRUE(Shows(outcome.err, "killed left in " + Catalog() + "-journal"));
+    EXPECT_NE(List({}).status, -1);
+    EXPECT_EQ(List({}, {.user = kNobody}).err.find("killed"), std::string::npos) << "repaired by one who may";
 }
 
 // Wherever it fills up: the import says so and ends, and with room the next one goes on.
