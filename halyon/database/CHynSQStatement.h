@@ -28,8 +28,8 @@ public:
     // engine refused the step. HYN_E_FAIL: any other refusal; busy for about 100 seconds. Requires: prepared. [owner]
     Halyon::HynResult Step() noexcept;
 
-    // Runs it to its first step, as Step does, and ends the run. HYN_S_OK: done. HYN_E_SQSTEP, HYN_E_FAIL: as Step, also
-    // when it stood on a row and what it had written could not be kept when it ended. Requires: prepared. [owner]
+    // Runs it to its first step, as Step does, and ends the run. HYN_S_OK: done. HYN_E_SQSTEP, HYN_E_FAIL: as Step,
+    // also when it stood on a row and what it had written could not be kept when it ended. Requires: prepared. [owner]
     Halyon::HynResult Execute() noexcept;
 
     // Ends the run, so that the next step is the first again; the engine's own code. Requires: prepared. [owner]
