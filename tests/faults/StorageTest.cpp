@@ -13,7 +13,7 @@ namespace
 int Number(const char* variable, int otherwise)
 {
     const char* value = std::getenv(variable);
-    return value != nullptr ? std::atoi(value) : otherwise;
+    return value != nullptr ? static_cast<int>(std::strtol(value, nullptr, 10)) : otherwise;
 }
 
 constexpr int kTransactions = 6;

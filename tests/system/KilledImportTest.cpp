@@ -119,7 +119,7 @@ protected:
 TEST_F(KilledImportTest, LosesNothingAndTheNextOneRepairsAndGoesOn)
 {
     const char* variable = std::getenv("HALYON_KILLS");
-    const int kills = variable != nullptr ? std::atoi(variable) : 4;
+    const int kills = variable != nullptr ? static_cast<int>(std::strtol(variable, nullptr, 10)) : 4;
     constexpr unsigned kSeed = 20240229;
     std::mt19937 random(kSeed);
     ASSERT_EQ(Import(Tree()).status, 0);
@@ -171,13 +171,13 @@ TEST_F(KilledImportTest, WhoMayOnlyReadIsToldWhatHasToBeRepaired)
 {
     if (!HalyonTest::CanRunAsSomebodyElse())
         GTEST_SKIP() << "root alone can be somebody else, and only where others reach the program";
-    constexpr char kHot = static_cast<char>(0xd9); // a journal that was synced begins so
+    constexpr int kHot = 0xd9; // a journal that was synced begins so
     for (int events = 10, first = 0; first != kHot; events = events % 40 + 1)
     {
         std::filesystem::remove(Catalog());
         std::filesystem::remove(Catalog() + "-journal");
         KillImport(events, 0);
-        first = static_cast<char>(std::ifstream(Catalog() + "-journal").get());
+        first = std::ifstream(Catalog() + "-journal").get();
     }
     using std::filesystem::perms;
     std::filesystem::permissions(Path(""), perms::owner_all | perms::others_exec | perms::others_read);
