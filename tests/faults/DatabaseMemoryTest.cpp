@@ -344,9 +344,9 @@ TEST(DatabaseMemory, TransactionsAreThereIffTheySaySo)
 TEST(DatabaseMemory, AFailedConnectStoresAndOpensNothing)
 {
     DatabaseWorld world;
-    for (int nth = 1; nth <= 3; ++nth) // the copies of the three texts
+    for (int nth = 1; nth <= 3; ++nth) // copies of the texts
     {
-        const FailAllocation fail(2 * nth - 1);
+        const FailAllocation fail(nth);
         EXPECT_EQ(world.other->Connect(u"/no/folder/a.db", u"second", u"third"), HYN_E_FAIL);
     }
     EXPECT_EQ(world.other->GetLastInsertID(), 0) << "opens the empty path, which is what is stored";
