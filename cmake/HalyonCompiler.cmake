@@ -33,6 +33,15 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-fno-gnu-unique)
 endif()
 
+# On 32-bit machines the C library counts files and seconds in 32 bits unless told otherwise, and 32-bit x86 reckons in
+# registers wider than a double unless told otherwise: a date would depend on what was kept in a register.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86)")
+    add_compile_options(-msse2 -mfpmath=sse)
+  endif()
+endif()
+
 function(halyon_compile target)
   target_compile_options(${target} PRIVATE ${HALYON_WARNINGS})
 endfunction()
