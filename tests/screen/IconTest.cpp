@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QBuffer>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QIcon>
 #include <QtEndian>
@@ -24,7 +25,7 @@ QByteArray Saved(IconRef icon)
 {
     unsigned char* bytes = nullptr;
     const std::uint32_t uSize = CHynIconHelper2::SaveIcon(icon, &bytes);
-    QByteArray result(reinterpret_cast<const char*>(bytes), uSize);
+    QByteArray result(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(uSize));
     delete[] bytes;
     return result;
 }
@@ -140,6 +141,12 @@ TEST(Icon, DamagedBytesGiveNull)
         EXPECT_EQ(Loaded(bytes.left(n)), nullptr) << "cut to " << n;
     }
     EXPECT_EQ(Loaded(bytes + '\0'), nullptr);
+
+    // Whole by its own sum, and says that its first picture has 4 GiB, which as a signed size of 32 bits is -1.
+    QByteArray forged = bytes.chopped(32);
+    forged.replace(12, 4, "\xFF\xFF\xFF\xFF");
+    forged += QCryptographicHash::hash(forged, QCryptographicHash::Sha256);
+    EXPECT_EQ(Loaded(forged), nullptr);
     EXPECT_EQ(CHynIconHelper2::LoadIcon(nullptr, 8), nullptr);
 }
 

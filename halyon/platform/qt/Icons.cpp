@@ -45,11 +45,13 @@ class Taker
 public:
     explicit Taker(const QByteArray& bytes) : m_bytes(bytes) {}
 
-    QByteArray Take(qsizetype nSize)
+    // Damaged bytes can ask for more than a signed size of a 32-bit machine holds.
+    QByteArray Take(quint32 uSize)
     {
-        bDamaged = bDamaged || nSize > m_bytes.size() - m_nTaken;
+        bDamaged = bDamaged || uSize > static_cast<quint64>(m_bytes.size() - m_nTaken);
         if (bDamaged)
             return {};
+        const auto nSize = static_cast<qsizetype>(uSize);
         m_nTaken += nSize;
         return m_bytes.mid(m_nTaken - nSize, nSize);
     }
