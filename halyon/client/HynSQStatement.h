@@ -127,11 +127,11 @@ private:
             return BindNull(index);
         else if constexpr (kind == Kind::Optional)
             return value.has_value() ? BindOne<Keep>(index, *value) : BindNull(index);
-        else if constexpr (kind == Kind::Bool)
+        else if constexpr (kind == Kind::Bool || kind == Kind::Int32)
             return m_command->BindFieldValue(index, static_cast<std::int32_t>(value));
         else if constexpr (kind == Kind::Int64)
             return m_command->BindFieldValue(index, static_cast<long long>(value));
-        else if constexpr (kind == Kind::Int32 || kind == Kind::UInt32 || kind == Kind::Double)
+        else if constexpr (kind == Kind::UInt32 || kind == Kind::Double)
             return m_command->BindFieldValue(index, value);
         else if constexpr (kind == Kind::Timestamp || kind == Kind::TimePoint)
             return BindMoment(index, value);

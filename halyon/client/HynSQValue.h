@@ -66,16 +66,21 @@ inline constexpr bool kIsRoom<std::span<std::byte, Extent>> = true;
 template <class T, class... Others>
 inline constexpr bool kIsOneOf = (std::is_same_v<T, Others> || ...);
 
+// What stands for `long` in the interfaces; its width is the machine's.
+using Long = std::conditional_t<sizeof(long) == sizeof(std::int32_t), std::int32_t, long long>;
+
 template <class T>
 consteval Kind NumberKind()
 {
-    if constexpr (std::is_same_v<T, bool>)
+    if constexpr (std::is_same_v<T, long>)
+        return NumberKind<Long>();
+    else if constexpr (std::is_same_v<T, bool>)
         return Kind::Bool;
-    else if constexpr (kIsOneOf<T, std::int32_t>)
+    else if constexpr (std::is_same_v<T, std::int32_t>)
         return Kind::Int32;
-    else if constexpr (kIsOneOf<T, std::uint32_t>)
+    else if constexpr (std::is_same_v<T, std::uint32_t>)
         return Kind::UInt32;
-    else if constexpr (kIsOneOf<T, long, long long>)
+    else if constexpr (std::is_same_v<T, long long>)
         return Kind::Int64;
     else if constexpr (std::is_same_v<T, double>)
         return Kind::Double;
@@ -172,9 +177,9 @@ public:
 
     HynResult Read(long& value) const
     {
-        long long wide = value; // which it still is after a failure
-        const HynResult result = Read(wide);
-        value = wide;
+        Long same = value; // which it still is after a failure
+        const HynResult result = Read(same);
+        value = same;
         return result;
     }
     HynResult Read(bool& value) const

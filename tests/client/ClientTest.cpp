@@ -1,5 +1,6 @@
 #include <array>
 #include <chrono>
+#include <climits>
 #include <functional>
 #include <ranges>
 
@@ -81,7 +82,8 @@ TEST_F(ClientTest, EveryTypeComesBackAsItWent)
     RoundTrip<bool>(false, false, "integer");
     RoundTrip<std::int32_t>(INT32_MIN, INT32_MIN, "integer");
     RoundTrip<std::uint32_t>(UINT32_MAX, UINT32_MAX, "integer");
-    RoundTrip<long>(INT64_MIN, INT64_MIN, "integer");
+    RoundTrip<long>(LONG_MIN, LONG_MIN, "integer");
+    RoundTrip<long long>(INT64_MIN, INT64_MIN, "integer");
     RoundTrip<long long>(INT64_MAX, INT64_MAX, "integer");
     RoundTrip<int>(0, 0, "integer"); // not NULL
     RoundTrip<double>(0.1, 0.1, "real");
