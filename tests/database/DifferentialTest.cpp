@@ -61,7 +61,7 @@ protected:
             return Text();
         case 7:
         {
-            Blob blob(1 + Pick(Pick(4) == 0 ? 600 : 9));
+            Blob blob(static_cast<std::size_t>(1 + Pick(Pick(4) == 0 ? 600 : 9)));
             for (unsigned char& byte : blob)
                 byte = static_cast<unsigned char>(Pick(4) == 0 ? 0 : Pick(256));
             return blob;

@@ -112,10 +112,11 @@ constexpr bool kThreadSanitizer = true;
 constexpr bool kThreadSanitizer = false;
 #endif
 
-long CountMappings()
+std::ptrdiff_t CountMappings()
 {
     std::ifstream maps("/proc/self/maps");
-    return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+    const std::string text(std::istreambuf_iterator<char>(maps), {});
+    return std::count(text.begin(), text.end(), '\n');
 }
 
 TEST(ModuleLife, LoadingAndClosingAThousandTimesLeavesNothing)
@@ -132,7 +133,7 @@ TEST(ModuleLife, LoadingAndClosingAThousandTimesLeavesNothing)
     rounds(500);
     const long long allocations = LiveAllocations();
     const std::size_t heap = mallinfo2().uordblks;
-    const long mappings = CountMappings();
+    const std::ptrdiff_t mappings = CountMappings();
     rounds(500);
     EXPECT_EQ(LiveAllocations(), allocations);
     // The thread sanitizer maps memory of its own for each library that is loaded.
