@@ -1,5 +1,6 @@
 #include <validate/ElfFile.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -22,6 +23,10 @@ constexpr int kMachine = EM_AARCH64;
 constexpr int kMachine = EM_RISCV;
 #elif defined(__powerpc64__)
 constexpr int kMachine = EM_PPC64;
+#elif defined(__s390__)
+constexpr int kMachine = EM_S390;
+#elif defined(__i386__)
+constexpr int kMachine = EM_386;
 #else
 #error "hynvalidate: name this machine's ELF number here"
 #endif
@@ -69,10 +74,11 @@ public:
 
     [[nodiscard]] std::string TextAt(std::uint64_t offset) const
     {
-        const std::size_t end = offset < m_bytes.size() ? m_bytes.find('\0', offset) : std::string::npos;
+        const auto start = static_cast<std::size_t>(std::min<std::uint64_t>(offset, m_bytes.size()));
+        const std::size_t end = m_bytes.find('\0', start);
         if (end == std::string::npos)
             Refuse("it is cut short");
-        return m_bytes.substr(offset, end - offset);
+        return m_bytes.substr(start, end - start);
     }
 
 private:
