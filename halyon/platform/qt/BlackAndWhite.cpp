@@ -1,6 +1,7 @@
 // Pictures in black and white.
 
 #include <array>
+#include <bit>
 #include <cstring>
 #include <new>
 
@@ -44,12 +45,14 @@ struct Gray
     std::uint8_t operator()(std::uint8_t uLevel) const { return uLevel < 128; }
 };
 
-// Eight bytes of 0 or 1 as one byte, the first as its lowest bit.
+// Eight bytes of 0 or 1 as one byte, the first as its lowest bit. Each one of the factor brings one flag to the
+// top byte, and no two meet below it.
 std::uint64_t PackEight(const std::uint8_t* flags)
 {
+    constexpr bool bLittle = std::endian::native == std::endian::little;
     std::uint64_t uFlags = 0;
     std::memcpy(&uFlags, flags, sizeof(uFlags));
-    return uFlags * 0x0102040810204080u >> 56;
+    return uFlags * (bLittle ? 0x0102040810204080u : 0x8040201008040201u) >> 56;
 }
 
 template <class IsBlack>
