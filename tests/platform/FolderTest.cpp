@@ -1,5 +1,6 @@
 // The system's folders, the names that people see, and what the caller may do with an item.
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,9 +11,12 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <halyon/platform/BaseFunction.h>
 #include <halyon/platform/LaunchServices.h>
@@ -205,7 +209,15 @@ TEST(Rights, AreTheCallersOwnAndAskingChangesNothing)
 
 TEST(Rights, NobodyWritesToLockedFilesRunningProgramsAndReadOnlyVolumes)
 {
-    EXPECT_EQ(Rights("/proc/self/exe").substr(0, 7), "0 0 -54");
+    // Another program than this one, whose file does not run under an emulator.
+    pid_t running = 0;
+    char name[] = "sleep";
+    char seconds[] = "60";
+    char* const words[] = {name, seconds, nullptr};
+    ASSERT_EQ(posix_spawnp(&running, name, nullptr, nullptr, words, environ), 0);
+    EXPECT_EQ(Rights("/proc/" + std::to_string(running) + "/exe").substr(0, 7), "0 0 -54");
+    kill(running, SIGKILL);
+    waitpid(running, nullptr, 0);
     const TempFolder folder;
     folder.Write("locked");
     if (SetImmutable(folder.Path() / "locked", true))
