@@ -200,8 +200,12 @@ TEST_F(RecordSet, MeasuresAndCopiesBlobsInBytesOfUTF16)
     const CHynAutoPtr<CHynSQRecordSet> recordSet =
         Open(u"SELECT 'abc', x'0102030405', zeroblob(4), 42, 'ab' || char(0) || 'c', ''");
     using namespace std::string_view_literals;
-    const std::string_view expected[] = {"a\0b\0c\0"sv, "\1\2\3\4\5"sv,    "\0\0\0\0"sv,
-                                         "4\0002\0"sv,  "a\0b\0\0\0c\0"sv, ""sv};
+    const auto text = [](std::u16string_view units) // in the machine's byte order
+    {
+        return std::string_view(reinterpret_cast<const char*>(units.data()), units.size() * 2);
+    };
+    const std::string_view expected[] = {text(u"abc"), "\1\2\3\4\5"sv,   "\0\0\0\0"sv,
+                                         text(u"42"),  text(u"ab\0c"sv), ""sv};
     for (int column = 0; column < 6; ++column)
     {
         const std::string_view bytes = expected[column];
