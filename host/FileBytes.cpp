@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <mutex>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -76,6 +78,8 @@ int FileBytes::Open(const std::string& path)
         error = errno;
     else if (!S_ISREG(m_status.st_mode))
         error = EINVAL;
+    else if (!std::in_range<std::ptrdiff_t>(m_status.st_size))
+        error = EFBIG; // a 32-bit machine cannot see it whole
     else if (static_cast<std::size_t>(m_status.st_size) <= kLargestRead)
         error = Read(descriptor);
     else

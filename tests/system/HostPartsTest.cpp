@@ -1,5 +1,6 @@
 // What journeys of the host cannot reach: odd dates of cameras, odd headers of films, narrow terminals, and files that
 // shrink while they are looked at.
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -184,4 +185,16 @@ TEST(HostCatalog, IsWrittenOnEveryThreadSoThatAPowerCutTakesNothingBack)
             EXPECT_EQ(catalog.GetDatabase().query(u"PRAGMA synchronous").row().get<std::int32_t>(0), 3);
         })
         .join();
+}
+
+TEST(HostFileBytes, ALargeFileIsSeenWholeOrNotAtAll)
+{
+    const HalyonTest::TempFolder folder;
+    folder.Write("large");
+    constexpr std::uint64_t kSize = (1ULL << 32) + 5; // as 32 bits: 5
+    std::filesystem::resize_file(folder.Path() / "large", kSize);
+    HynHost::FileBytes file;
+    const int error = file.Open(folder.Path() / "large");
+    EXPECT_EQ(error, sizeof(void*) == 8 ? 0 : EFBIG);
+    EXPECT_TRUE(error != 0 || file.Bytes().size() == kSize);
 }
