@@ -82,6 +82,22 @@ TEST_F(ColumnNames, AnswerByContentWhateverTheAddress)
     EXPECT_GT(found, 2000);
 }
 
+// Few columns are learnt inside the object, more beside it.
+TEST_F(ColumnNames, AreRightForAnyNumberOfColumns)
+{
+    std::u16string sql = u"SELECT 0 AS c0";
+    for (int columns = 1; columns < 140; ++columns)
+    {
+        Prepare(sql);
+        for (const int column : {0, columns / 2, columns - 1, 0})
+        {
+            const std::string name = "C" + std::to_string(column);
+            EXPECT_EQ(Find(CTovStringW::FromUTF8(name)), column) << "of " << columns;
+        }
+        sql += CTovStringW::FromUTF8(", 0 AS c" + std::to_string(columns)).View();
+    }
+}
+
 TEST_F(ColumnNames, AreRightWithoutMemoryToLearnIn)
 {
     Prepare(u"SELECT 1 AS one, 2 AS two, 3 AS Two");

@@ -5,6 +5,7 @@
 
 #include <halyon/framework/HynThreadID.h>
 #include <halyon/platform/EventLoop.h>
+#include <halyon/thread/CHynMainThread.h>
 #include <halyon/thread/CHynThreadManager.h>
 #include <halyon/thread/CHynWorkerThread.h>
 
@@ -136,6 +137,16 @@ TEST_F(ThreadManager, TheMainThreadHandlesOneEventATickInOrder)
     EXPECT_EQ(main->Stop(), HYN_E_NOINTERFACE);
     EXPECT_EQ(main->SetPriority(50), HYN_E_NOINTERFACE);
     EXPECT_EQ(main->Run(), HYN_S_OK);
+
+    // A tick takes what has been posted, at once, and has nothing to do otherwise.
+    auto* mainThread = static_cast<CHynMainThread*>(main.operator IHynThread*());
+    const HandlerPtr first = MakeHandler(kEvent);
+    manager->RegisterHandler(first, nullptr);
+    TimerProc(nullptr, mainThread);
+    Post(kEvent, kHynMainThreadID);
+    TimerProc(nullptr, mainThread);
+    EXPECT_EQ(first->calls.size(), 1u);
+    manager->UnRegisterHandler(first, nullptr);
 
     // The loop's own timer of the same length counts the ticks between the events.
     static int s_ticks;

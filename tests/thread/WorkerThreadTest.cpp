@@ -2,6 +2,8 @@
 
 #include <thread>
 
+#include <sys/resource.h>
+
 #include <halyon/framework/HynThreadID.h>
 #include <halyon/thread/CHynThreadManager.h>
 #include <halyon/thread/CHynWorkerThread.h>
@@ -70,6 +72,7 @@ TEST_F(Worker, AnswersEachFailureWithItsCode)
     const HandlerPtr handler = MakeHandler(kEvent);
     EXPECT_EQ(worker->Start(nullptr, nullptr), HYN_E_POINTER);
     EXPECT_EQ(worker->PostEvent(kEvent, 0, 0, nullptr, nullptr), HYN_E_THREADNOTRUNNING);
+    EXPECT_EQ(worker->PostEventEx(kEvent, 0, 0, nullptr, nullptr, 1), HYN_E_THREADNOTRUNNING);
     EXPECT_EQ(worker->SendEvent(kEvent, 0, 0, nullptr, nullptr), HYN_E_THREADNOTRUNNING);
     EXPECT_EQ(worker->SetPriority(50), HYN_E_FAIL);
     EXPECT_EQ(worker->Stop(), HYN_S_OK);
@@ -80,8 +83,23 @@ TEST_F(Worker, AnswersEachFailureWithItsCode)
     ASSERT_EQ(worker->Start(nullptr, &started), HYN_S_OK);
     EXPECT_NE(worker->GetThreadID(), 0u);
     EXPECT_EQ(worker->CheckExitFlag(), 0);
-    for (const int priority : {101, 100, 10, 9, -5})
-        EXPECT_EQ(worker->SetPriority(priority), HYN_S_OK);
+    const auto niceness = [&]
+    {
+        return getpriority(PRIO_PROCESS, worker->GetThreadID());
+    };
+    const int patient = niceness();
+    EXPECT_EQ(worker->SetPriority(101), HYN_S_OK);
+    const int usual = niceness(); // as before, where raising the priority is not allowed
+    const struct
+    {
+        int priority;
+        int expected;
+    } steps[] = {{10, usual}, {9, patient}, {10, patient}, {100, patient}, {101, usual}, {100, usual}, {-5, patient}};
+    for (const auto& step : steps)
+    {
+        EXPECT_EQ(worker->SetPriority(step.priority), HYN_S_OK);
+        EXPECT_EQ(niceness(), step.expected) << step.priority;
+    }
     EXPECT_EQ(worker->SendEvent(kEvent, 0, 0, nullptr, nullptr), HYN_E_NOINTERFACE) << "from another thread";
     EXPECT_EQ(worker->RemoveEvents(nullptr, 1), HYN_E_FAIL);
     EXPECT_EQ(worker->Stop(), HYN_S_OK);
