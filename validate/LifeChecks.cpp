@@ -160,10 +160,10 @@ void CheckThreads(Subject& subject)
     {
         const std::string name = NameOf(cls.id);
         const std::string last = "the last Release of " + name + " on another thread";
-        Step(threads + " call AddRef, QueryInterface and Release of one " + name);
+        Step((threads + " call AddRef, QueryInterface and Release of one ").append(name));
         void* shared = module.Make(cls.id, kUnknown);
         CountOnManyThreads(shared, name);
-        Step(threads + " make and release objects of " + name);
+        Step((threads + " make and release objects of ").append(name));
         AtOnce(kThreads,
                [&]
                {
