@@ -107,6 +107,17 @@ void operator delete[](void* block, std::size_t /*size*/) noexcept
     Free(block);
 }
 
+// For what was made without exceptions and did not get through its constructor.
+void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept
+{
+    Free(block);
+}
+
+void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept
+{
+    Free(block);
+}
+
 namespace HalyonTest
 {
 long long LiveAllocations() noexcept
