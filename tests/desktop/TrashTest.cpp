@@ -200,8 +200,11 @@ TEST_F(Trash, WhatCannotBeMovedStaysAndCountsAsDone)
         EXPECT_TRUE(ItemsOf(At("nobody's/Trash")).empty()) << "no record is left without an item";
     }
     EXPECT_EQ(FEMoveFilesToTrash(1, nullptr), paramErr);
-    const FSRef none[2] = {};
-    EXPECT_EQ(FEMoveFilesToTrash(2, none), fnfErr);
+    FSRef some[2] = {};
+    m_top.Write("between");
+    ASSERT_EQ(FSPathMakeRef(At("between").c_str(), &some[1], nullptr), noErr);
+    EXPECT_EQ(FEMoveFilesToTrash(2, some), fnfErr) << "a failure is told, also when what follows succeeds";
+    EXPECT_FALSE(fs::exists(At("between"))) << "and the others go all the same";
 }
 
 TEST_F(Trash, DeletingForGoodStopsAtThePathThatNamesNothing)

@@ -50,8 +50,10 @@ TEST(Timestamp, BytesAreHighSecondsLowSecondsFractionInMachineOrder)
     ft = {};
     CHynPubTools::ConvertToFileTime(&ft, seconds);
     EXPECT_EQ(std::bit_cast<Bytes>(ft), bytes);
-    CHynPubTools::ConvertToFileTime(&ft, seconds - 0.5 / 65536.0);
-    EXPECT_EQ(std::bit_cast<Bytes>(ft), bytes) << "half a unit counts as one";
+    FILETIME half{};
+    CHynPubTools::ConvertToFileTime(&half, 0.5 / 65536.0);
+    CHynPubTools::ConvertToFileTime(&ft, 1.0 / 65536.0);
+    EXPECT_EQ(std::bit_cast<Bytes>(half), std::bit_cast<Bytes>(ft)) << "half a unit counts as one";
 }
 
 TEST(Timestamp, ComesBackBitForBitWithin37BitsOfSeconds)
