@@ -186,16 +186,27 @@ TEST_F(AutoPtr, CountsEachHolderOnce)
 
 TEST(ResultCodes, HaveTheirValuesNamesAndSigns)
 {
-    const std::pair<const char*, std::uint32_t> cases[] = {
-        {"HYN_S_OK", 0x00000000},     {"HYN_S_FALSE", 0x00000001},       {"HYN_E_BUFFERTOOSMALL", 0x80000002},
-        {"HYN_E_FAIL", 0x80000008},   {"HYN_E_NOINTERFACE", 0x81000001}, {"HYN_E_POINTER", 0x81000002},
-        {"HYN_E_SQSTEP", 0x81040001}, {"HYN_E_SQNULLVALUE", 0x81040002}, {"unknown result", 0x80000001}};
+    const std::pair<const char*, std::uint32_t> cases[] = {{"HYN_S_OK", 0x00000000},
+                                                           {"HYN_S_FALSE", 0x00000001},
+                                                           {"HYN_E_BUFFERTOOSMALL", 0x80000002},
+                                                           {"HYN_E_FAIL", 0x80000008},
+                                                           {"HYN_E_NOINTERFACE", 0x81000001},
+                                                           {"HYN_E_POINTER", 0x81000002},
+                                                           {"HYN_E_SQSTEP", 0x81040001},
+                                                           {"HYN_E_SQNULLVALUE", 0x81040002},
+                                                           {"HYN_S_EVENT_HANDLED", 0x01020001},
+                                                           {"HYN_E_THREADNOTRUNNING", 0x81010001},
+                                                           {"HYN_E_THREADNOEVENT", 0x81010002},
+                                                           {"HYN_E_THREADNOTHREAD", 0x81010003},
+                                                           {"HYN_E_THREADRUNNING", 0x81010004},
+                                                           {"HYN_E_NOHANDLER", 0x81020003},
+                                                           {"unknown result", 0x80000001}};
     for (const auto& [name, value] : cases)
     {
         const auto result = static_cast<HynResult>(value);
         EXPECT_STREQ(HynResultName(result), name);
-        EXPECT_EQ(HynSucceeded(result), value < 2) << name;
-        EXPECT_EQ(HynFailed(result), value >= 2) << name;
+        EXPECT_EQ(HynSucceeded(result), value < 0x80000000) << name;
+        EXPECT_EQ(HynFailed(result), value >= 0x80000000) << name;
     }
 }
 
