@@ -41,7 +41,9 @@
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/MyDll.h>
 
-namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+namespace Halyon::Client
+{
+inline namespace HALYON_CLIENT_FORMS
 {
 // The loaded module, which makes connections. A value: copies share it, and it stays loaded as long as one of them or
 // a connection, command or row set of it lives. [any]
@@ -278,4 +280,5 @@ private:
     Connection m_connection; // none when nothing is open
     Kind m_kind = Kind::Exclusive;
 };
-} // namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+} // namespace HALYON_CLIENT_FORMS
+} // namespace Halyon::Client

@@ -12,7 +12,9 @@
 #include <halyon/client/HynSQError.h>
 #include <halyon/client/HynSQStatement.h>
 
-namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+namespace Halyon::Client
+{
+inline namespace HALYON_CLIENT_FORMS
 {
 // The current row of Rows, whose reference it is: it changes as they step. Columns are named by index from 0, or by
 // name (`const char16_t*`) without regard to letter case, which costs a comparison. All [owner].
@@ -379,4 +381,5 @@ private:
 
     CHynAutoPtr<Detail::Statement> m_statement;
 };
-} // namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+} // namespace HALYON_CLIENT_FORMS
+} // namespace Halyon::Client

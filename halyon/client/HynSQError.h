@@ -13,7 +13,9 @@
 
 #include <halyon/framework/HynResult.h>
 
-namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+namespace Halyon::Client
+{
+inline namespace HALYON_CLIENT_FORMS
 {
 // A call that failed.
 class Error : public std::runtime_error
@@ -35,5 +37,6 @@ private:
     std::string m_action;
     std::string m_subject;
 };
-} // namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+} // namespace HALYON_CLIENT_FORMS
+} // namespace Halyon::Client
 #endif

@@ -16,7 +16,11 @@
 #include <halyon/framework/CHynAutoPtr.h>
 #include <halyon/platform/ModuleFile.h>
 
-namespace Halyon::Client::inline HALYON_CLIENT_FORMS::Detail
+namespace Halyon::Client
+{
+inline namespace HALYON_CLIENT_FORMS
+{
+namespace Detail
 {
 // Counted without a lock: a statement and all that holds it stay on one thread.
 class Statement
@@ -283,4 +287,6 @@ private:
     std::int32_t m_refused = -1;
     bool m_busy = false; // rows are open
 };
-} // namespace Halyon::Client::inline HALYON_CLIENT_FORMS::Detail
+} // namespace Detail
+} // namespace HALYON_CLIENT_FORMS
+} // namespace Halyon::Client

@@ -8,7 +8,9 @@
 #include <halyon/client/HynSQForms.h>
 #include <halyon/string/CTovStringW.h>
 
-namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+namespace Halyon::Client
+{
+inline namespace HALYON_CLIENT_FORMS
 {
 // A parameter for SQL texts and paths. UTF-16 is borrowed, UTF-8 (`char`) converted. Not for keeping: it lives as long
 // as the call. A text with a zero unit in it, which would be cut there, and a null pointer are null here, and the
@@ -45,4 +47,5 @@ private:
     CTovStringW m_own;
     const char16_t* m_text;
 };
-} // namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+} // namespace HALYON_CLIENT_FORMS
+} // namespace Halyon::Client

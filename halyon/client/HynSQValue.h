@@ -22,7 +22,9 @@
 #include <halyon/framework/HynResult.h>
 #include <halyon/string/CTovStringW.h>
 
-namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+namespace Halyon::Client
+{
+inline namespace HALYON_CLIENT_FORMS
 {
 namespace Detail
 {
@@ -326,4 +328,5 @@ private:
     Column m_column;
 };
 } // namespace Detail
-} // namespace Halyon::Client::inline HALYON_CLIENT_FORMS
+} // namespace HALYON_CLIENT_FORMS
+} // namespace Halyon::Client
