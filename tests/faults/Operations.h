@@ -2,9 +2,9 @@
 // more than it gets. Every time it answers as it says it does, nothing leaks, and the same call on the same objects
 // succeeds as soon as there is memory.
 //
-//     const Operation<World> kOperations[] = {{"ExecuteSQL", [](World& world) { return world.connection->...; }}};
-//     for (const auto& operation : kOperations)
-//         FailEachAllocation(operation);
+//     using Op = Operation<World>;
+//     const Op kOperations[] = {Op("ExecuteSQL", [](World& world) { return world.connection->...; })};
+//     FailEachAllocation("database", kOperations);
 #pragma once
 
 #include <algorithm>
@@ -36,32 +36,32 @@ constexpr HynResult IsEither(bool isDone, bool isRefused)
     return isRefused ? HYN_E_FAIL : kWrong;
 }
 
+// The answer of one that needs no memory.
+constexpr HynResult IsDone(bool isDone)
+{
+    return IsEither(isDone, false);
+}
+
 template <class World>
 struct Operation
 {
+    using Run = HynResult(World& world);
+
+    struct Failing
+    {
+        std::array<HynResult, 2> answers = {HYN_E_FAIL, HYN_E_FAIL};
+        void (*settle)(World& world) = nullptr; // what a caller does after a failure, before it tries again
+        int mostLost = 0;                       // blocks that a library loses when it gets no more
+    };
+
+    Operation(const char* opName, Run* opRun) : name(opName), run(opRun) {}
+    Operation(const char* opName, const Failing& opFailing, Run* opRun) : name(opName), failing(opFailing), run(opRun)
+    {
+    }
+
     const char* name;
-    HynResult (*run)(World& world); // HYN_S_OK says that all is as it should be, not only that the call said so
-    std::array<HynResult, 2> failures = {HYN_E_FAIL, HYN_E_FAIL};
-    void (*settle)(World& world) = nullptr; // what a caller does after a failure, before it tries again
-    int mostLost = 0;                       // blocks that a library loses when it gets no more
-};
-
-// How many operations ran, and how many failures were injected into them; printed at the end.
-class FaultCount
-{
-public:
-    explicit FaultCount(const char* what) : m_what(what) {}
-    ~FaultCount() { std::printf("%s: %d operations, %d failures\n", m_what, m_operations, m_failures); }
-    FaultCount(const FaultCount&) = delete;
-    FaultCount& operator=(const FaultCount&) = delete;
-
-    void Operation() { ++m_operations; }
-    void Failure() { ++m_failures; }
-
-private:
-    const char* m_what;
-    int m_operations = 0;
-    int m_failures = 0;
+    Failing failing;
+    Run* run; // HYN_S_OK says that all is as it should be, not only that the call said so
 };
 
 // One run in a world of its own, in which an allocation fails; whether it was reached.
@@ -77,25 +77,26 @@ bool FailOneAllocation(const Operation<World>& operation, int nth, bool forGood)
         result = operation.run(world);
         failed = FailAllocation::HasFailed();
     }
-    EXPECT_TRUE(result == HYN_S_OK || (failed && std::ranges::count(operation.failures, result) != 0))
+    EXPECT_TRUE(result == HYN_S_OK || (failed && std::ranges::count(operation.failing.answers, result) != 0))
         << "answers " << std::hex << result << " (" << Halyon::HynResultName(result) << ")";
     if (result == HYN_S_OK)
         return failed;
-    if (operation.settle != nullptr)
-        operation.settle(world);
+    if (operation.failing.settle != nullptr)
+        operation.failing.settle(world);
     EXPECT_EQ(operation.run(world), HYN_S_OK) << "with memory again";
     return failed;
 }
 
+// Returns how many failures were injected.
 template <class World>
-void FailEachAllocation(const Operation<World>& operation, FaultCount& count)
+int FailEachAllocation(const Operation<World>& operation)
 {
     // What libraries keep from their first use is no leak.
     FailOneAllocation(operation, 1 << 30, false);
-    count.Operation();
     // An operation that is at fault shows it once, the others still have their turn.
     const auto* test = testing::UnitTest::GetInstance()->current_test_info()->result();
     const int complaints = test->total_part_count();
+    int failures = 0;
     for (const bool forGood : {false, true})
     {
         bool failed = true;
@@ -106,10 +107,19 @@ void FailEachAllocation(const Operation<World>& operation, FaultCount& count)
             failed = FailOneAllocation(operation, nth, forGood);
             const long long lost = LiveBlocks() - blocksBefore;
             EXPECT_EQ(LiveAllocations(), before) << operation.name << ", allocation " << nth;
-            EXPECT_LE(lost, operation.mostLost) << operation.name << ", allocation " << nth;
-            if (failed)
-                count.Failure();
+            EXPECT_LE(lost, operation.failing.mostLost) << operation.name << ", allocation " << nth;
+            failures += failed ? 1 : 0;
         }
     }
+    return failures;
+}
+
+template <class World, std::size_t count>
+void FailEachAllocation(const char* what, const Operation<World> (&operations)[count])
+{
+    int failures = 0;
+    for (const Operation<World>& operation : operations)
+        failures += FailEachAllocation(operation);
+    std::printf("%s: %zu operations, %d failures\n", what, count, failures);
 }
 } // namespace HalyonTest

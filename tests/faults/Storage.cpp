@@ -22,12 +22,6 @@ void Overwrite(std::string& content, std::size_t offset, std::string_view bytes)
 }
 } // namespace
 
-const char* Storage::NameOf(Fault fault)
-{
-    constexpr const char* kNames[] = {"read", "write", "sync", "lock", "open", "truncate", "delete", "space", "any"};
-    return kNames[static_cast<std::size_t>(fault)];
-}
-
 void Storage::Inode::Apply(Change change)
 {
     if (change.isTruncation)
@@ -128,9 +122,7 @@ struct StorageFile : sqlite3_file
     int level = SQLITE_LOCK_NONE;
     bool deletesOnClose = false;
     bool isNewJournal = false;
-    int held[SQLITE_SHM_NLOCK] = {}; // 1: with others, -1: alone
 
-    static StorageFile& Of(sqlite3_file* file) { return *static_cast<StorageFile*>(file); }
     bool Fails(Storage::Fault fault) const { return g_storage == nullptr || inode->isLost || g_storage->Fails(fault); }
 
     int Read(void* to, int count, sqlite3_int64 from) const
@@ -171,7 +163,7 @@ struct StorageFile : sqlite3_file
     }
 
     // The engine's own storage syncs the folder with a new journal, and with that alone.
-    int Sync()
+    int Sync(int /*flags*/)
     {
         if (Fails(Storage::Fault::Sync))
             return SQLITE_IOERR_FSYNC;
@@ -181,47 +173,32 @@ struct StorageFile : sqlite3_file
         return SQLITE_OK;
     }
 
+    int Size(sqlite3_int64* size) const
+    {
+        if (Fails(Storage::Fault::Read))
+            return SQLITE_IOERR_FSTAT;
+        *size = static_cast<sqlite3_int64>(inode->now.size());
+        return SQLITE_OK;
+    }
+
     int Lock(int wanted)
     {
         if (Fails(Storage::Fault::Lock))
             return SQLITE_IOERR_LOCK;
-        const auto isOthers = [this](const void* holder)
-        {
-            return holder != nullptr && holder != this;
-        };
-        if (isOthers(inode->exclusive) || (level == SQLITE_LOCK_NONE && isOthers(inode->pending)))
-            return SQLITE_BUSY;
-        if (level == SQLITE_LOCK_NONE)
-            ++inode->readers;
-        level = std::max(level, SQLITE_LOCK_SHARED);
-        if (wanted >= SQLITE_LOCK_RESERVED && level < wanted)
-        {
-            if (isOthers(inode->reserved) || isOthers(inode->pending))
-                return SQLITE_BUSY;
-            (wanted == SQLITE_LOCK_RESERVED ? inode->reserved : inode->pending) = this;
-            level = std::max(level, std::min(wanted, SQLITE_LOCK_PENDING));
-        }
-        if (wanted == SQLITE_LOCK_EXCLUSIVE && level < wanted)
-        {
-            if (inode->readers > 1)
-                return SQLITE_BUSY;
-            inode->exclusive = this;
-            level = wanted;
-        }
+        level = std::max(level, wanted);
         return SQLITE_OK;
     }
 
     int Unlock(int wanted)
     {
-        for (const void** holder : {&inode->reserved, &inode->pending, &inode->exclusive})
-        {
-            if (*holder == this)
-                *holder = nullptr;
-        }
-        if (level != SQLITE_LOCK_NONE && wanted == SQLITE_LOCK_NONE)
-            --inode->readers;
         level = std::min(level, wanted);
         return SQLITE_OK;
+    }
+
+    int IsReserved(int* isReserved) const
+    {
+        *isReserved = level >= SQLITE_LOCK_RESERVED ? 1 : 0;
+        return Fails(Storage::Fault::Lock) ? SQLITE_IOERR_CHECKRESERVEDLOCK : SQLITE_OK;
     }
 
     int MapShared(int region, int size, int extend, void volatile** to) const
@@ -229,7 +206,7 @@ struct StorageFile : sqlite3_file
         *to = nullptr;
         if (Fails(Storage::Fault::Open))
             return SQLITE_IOERR_SHMMAP;
-        auto& regions = inode->shared.regions;
+        auto& regions = inode->regions;
         while (extend != 0 && regions.size() <= static_cast<std::size_t>(region))
             regions.push_back(std::make_unique<char[]>(static_cast<std::size_t>(size)));
         if (static_cast<std::size_t>(region) < regions.size())
@@ -237,26 +214,20 @@ struct StorageFile : sqlite3_file
         return SQLITE_OK;
     }
 
-    int LockShared(int first, int count, int flags)
+    int LockShared(int /*first*/, int /*count*/, int flags) const
     {
-        if ((flags & SQLITE_SHM_LOCK) != 0 && Fails(Storage::Fault::Lock))
-            return SQLITE_IOERR_LOCK;
-        const int wanted = (flags & SQLITE_SHM_UNLOCK) != 0 ? 0 : (flags & SQLITE_SHM_SHARED) != 0 ? 1 : -1;
-        for (int i = first; i < first + count; ++i)
-        {
-            const int others = inode->shared.locks[i] - held[i];
-            if ((wanted == 1 && others < 0) || (wanted == -1 && others != 0))
-                return SQLITE_BUSY;
-        }
-        for (int i = first; i < first + count; ++i)
-            inode->shared.locks[i] += wanted - std::exchange(held[i], wanted);
+        return (flags & SQLITE_SHM_LOCK) != 0 && Fails(Storage::Fault::Lock) ? SQLITE_IOERR_LOCK : SQLITE_OK;
+    }
+
+    int UnmapShared(int isDeleted) const
+    {
+        if (isDeleted != 0)
+            inode->regions.clear();
         return SQLITE_OK;
     }
 
     int Close()
     {
-        Unlock(SQLITE_LOCK_NONE);
-        LockShared(0, SQLITE_SHM_NLOCK, SQLITE_SHM_UNLOCK);
         if (deletesOnClose && g_storage != nullptr && !inode->isLost)
             g_storage->m_names.erase(name);
         this->~StorageFile();
@@ -266,43 +237,31 @@ struct StorageFile : sqlite3_file
 
 namespace
 {
+// An operation as the engine's table has it.
+template <auto operation, class... Arguments>
+int Call(sqlite3_file* file, Arguments... arguments)
+{
+    return (static_cast<StorageFile*>(file)->*operation)(arguments...);
+}
+
 const sqlite3_io_methods kFileMethods = {
     2,
-    [](sqlite3_file* file) { return StorageFile::Of(file).Close(); },
-    [](sqlite3_file* file, void* to, int count, sqlite3_int64 from)
-    { return StorageFile::Of(file).Read(to, count, from); },
-    [](sqlite3_file* file, const void* from, int count, sqlite3_int64 to)
-    { return StorageFile::Of(file).Write(from, count, to); },
-    [](sqlite3_file* file, sqlite3_int64 size) { return StorageFile::Of(file).Truncate(size); },
-    [](sqlite3_file* file, int) { return StorageFile::Of(file).Sync(); },
-    [](sqlite3_file* file, sqlite3_int64* size)
-    {
-        if (StorageFile::Of(file).Fails(Storage::Fault::Read))
-            return SQLITE_IOERR_FSTAT;
-        *size = static_cast<sqlite3_int64>(StorageFile::Of(file).inode->now.size());
-        return SQLITE_OK;
-    },
-    [](sqlite3_file* file, int level) { return StorageFile::Of(file).Lock(level); },
-    [](sqlite3_file* file, int level) { return StorageFile::Of(file).Unlock(level); },
-    [](sqlite3_file* file, int* isReserved)
-    {
-        *isReserved = StorageFile::Of(file).inode->reserved != nullptr ? 1 : 0;
-        return StorageFile::Of(file).Fails(Storage::Fault::Lock) ? SQLITE_IOERR_CHECKRESERVEDLOCK : SQLITE_OK;
-    },
+    Call<&StorageFile::Close>,
+    Call<&StorageFile::Read>,
+    Call<&StorageFile::Write>,
+    Call<&StorageFile::Truncate>,
+    Call<&StorageFile::Sync>,
+    Call<&StorageFile::Size>,
+    Call<&StorageFile::Lock>,
+    Call<&StorageFile::Unlock>,
+    Call<&StorageFile::IsReserved>,
     [](sqlite3_file*, int, void*) { return SQLITE_NOTFOUND; },
     [](sqlite3_file*) { return static_cast<int>(kSector); },
     [](sqlite3_file*) { return 0; },
-    [](sqlite3_file* file, int region, int size, int extend, void volatile** to)
-    { return StorageFile::Of(file).MapShared(region, size, extend, to); },
-    [](sqlite3_file* file, int first, int count, int flags)
-    { return StorageFile::Of(file).LockShared(first, count, flags); },
+    Call<&StorageFile::MapShared>,
+    Call<&StorageFile::LockShared>,
     [](sqlite3_file*) {},
-    [](sqlite3_file* file, int isDeleted)
-    {
-        if (isDeleted != 0)
-            StorageFile::Of(file).inode->shared.regions.clear();
-        return SQLITE_OK;
-    },
+    Call<&StorageFile::UnmapShared>,
     nullptr,
     nullptr,
 };

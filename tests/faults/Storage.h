@@ -5,8 +5,8 @@
 //     storage.FailAt(Storage::Fault::Write, 3, false);     // the third write from now on fails, once
 //     storage.CutPower(seed);                              // what was not synced is there in parts, or not at all
 //
-// It is reached by the name kStorageName in the path of a database ("file:/name?vfs=..."). Files are locked between
-// connections as on any disk. Not for several threads.
+// It is reached by the name kStorageName in the path of a database ("file:/name?vfs=..."). Not for several threads, nor
+// for several connections at a time: nobody waits for a lock.
 #pragma once
 
 #include <cstddef>
@@ -15,6 +15,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sqlite3.h>
@@ -38,9 +39,10 @@ public:
         Space, // a write that finds no room; the disk stays as full as it is when that is for good
         Any,
     };
-    static constexpr Fault kFaults[] = {Fault::Read,     Fault::Write,  Fault::Sync,  Fault::Lock, Fault::Open,
-                                        Fault::Truncate, Fault::Delete, Fault::Space, Fault::Any};
-    static const char* NameOf(Fault fault);
+    static constexpr std::pair<Fault, const char*> kFaults[] = {
+        {Fault::Read, "read"},     {Fault::Write, "write"}, {Fault::Sync, "sync"},
+        {Fault::Lock, "lock"},     {Fault::Open, "open"},   {Fault::Truncate, "truncate"},
+        {Fault::Delete, "delete"}, {Fault::Space, "space"}, {Fault::Any, "any"}};
 
     Storage();
     ~Storage();
@@ -66,22 +68,13 @@ private:
         std::string bytes;
         bool isTruncation = false; // to `offset`
     };
-    struct Shared // what connections share beside the file
-    {
-        std::vector<std::unique_ptr<char[]>> regions;
-        int locks[SQLITE_SHM_NLOCK] = {}; // -1: held alone
-    };
     struct Inode
     {
         std::string now;
         std::string synced;
-        std::vector<Change> changes; // from what is synced to what is now
-        Shared shared;
-        int readers = 0;
-        const void* reserved = nullptr; // the file that holds the lock
-        const void* pending = nullptr;
-        const void* exclusive = nullptr;
-        bool isLost = false; // with the power
+        std::vector<Change> changes;                  // from what is synced to what is now
+        std::vector<std::unique_ptr<char[]>> regions; // of the memory beside the file
+        bool isLost = false;                          // with the power
 
         void Apply(Change change);
         void Sync();

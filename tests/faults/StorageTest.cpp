@@ -21,8 +21,7 @@ constexpr int kTransactions = 6;
 // Fails one operation, once or for good, and looks at what is left. Returns whether it was reached.
 bool FailOne(Ledger::Settings settings, Storage::Fault fault, int nth, bool forGood)
 {
-    SCOPED_TRACE(testing::Message() << settings.journal << ": " << Storage::NameOf(fault) << " " << nth
-                                    << (forGood ? " and on" : ""));
+    SCOPED_TRACE(nth);
     Storage storage;
     Ledger ledger(settings);
     EXPECT_TRUE(ledger.Transact());
@@ -50,10 +49,11 @@ TEST(Storage, FailuresLoseNothingThatWasDoneAndLeaveNothingHalfDone)
     int count = 0;
     for (const Ledger::Settings settings : {Ledger::Settings{"DELETE", "FULL"}, Ledger::Settings{"WAL", "FULL"}})
     {
-        for (const Storage::Fault fault : Storage::kFaults)
+        for (const auto& [fault, name] : Storage::kFaults)
         {
             for (const bool forGood : {false, true})
             {
+                SCOPED_TRACE(testing::Message() << settings.journal << ": " << name << (forGood ? " and on" : ""));
                 for (int nth = 1; FailOne(settings, fault, nth, forGood) && !HasFailure(); nth += step)
                     ++count;
             }

@@ -36,12 +36,11 @@ void Renew(StringWorld& world)
     world.shared = world.other;
 }
 
-#define HYN_ON(name, ...)                                                                                              \
-    {                                                                                                                  \
-        name, []([[maybe_unused]] StringWorld& world) { __VA_ARGS__ }, {HYN_E_FAIL, HYN_E_FAIL}, Renew                 \
-    }
+using Op = Operation<StringWorld>;
+constexpr Op::Failing kRenewed = {{HYN_E_FAIL, HYN_E_FAIL}, Renew};
+#define HYN_ON(name, ...) Op(name, kRenewed, []([[maybe_unused]] StringWorld& world) { __VA_ARGS__ })
 
-const Operation<StringWorld> kOperations[] = {
+const Op kOperations[] = {
     HYN_ON("plain text", return world.Done(CTovStringW(u"p"), u"p");),
     HYN_ON("view", return world.Done(CTovStringW(std::u16string_view(u"vx", 1)), u"v");),
     HYN_ON("UTF-8", return world.Done(CTovStringW::FromUTF8("u"), u"u");),
@@ -66,14 +65,12 @@ const Operation<StringWorld> kOperations[] = {
            const HynResult result = IsEither(Halyon::CFStringGetLength(made) == 4, made == nullptr);
            Halyon::CFRelease(made); return result;),
     HYN_ON(
-        "ToUTF8, which throws", try { return world.text.ToUTF8().size() == 4 ? HYN_S_OK : kWrong; } catch (
-                                    const std::bad_alloc&) { return HYN_E_FAIL; }),
+        "ToUTF8, which throws",
+        try { return IsDone(world.text.ToUTF8().size() == 4); } catch (const std::bad_alloc&) { return HYN_E_FAIL; }),
 };
 
 TEST(StringMemory, IsMissedWithoutLosingOrLeakingAnything)
 {
-    FaultCount count("string");
-    for (const auto& operation : kOperations)
-        FailEachAllocation(operation, count);
+    FailEachAllocation("string", kOperations);
 }
 } // namespace

@@ -124,133 +124,106 @@ HynResult Post(ThreadWorld& world, int front)
     return HYN_S_OK;
 }
 
-// Asks a thread that says it has the handler to send it an event.
-HynResult Register(ThreadWorld& world, CHynThreadManager* manager, IHynThread* thread)
+HynResult RegisterObserver(ThreadWorld& world)
 {
-    CountingHandler* handler = world.handler;
-    const int before = handler->calls;
-    const HynResult result =
-        manager != nullptr ? manager->RegisterHandler(handler, nullptr) : thread->RegisterHandler(handler, nullptr);
-    if (HynFailed(result))
-        return result;
-    thread->SendEvent(kEvent, 0, 0, nullptr, nullptr);
-    return handler->calls == before + 1 ? HYN_S_OK : kWrong;
+    const int before = world.handler->calls;
+    world.queue.RegisterObserver(kEvent + 1, world.handler, nullptr);
+    const HynResult result = world.queue.Invoke(kEvent + 1, 0, 0, nullptr, nullptr);
+    return IsEither(result == HYN_S_OK && world.handler->calls == before + 1, result == HYN_E_NOHANDLER);
 }
 
-const Operation<ThreadWorld> kOperations[] = {
-    {"InsertEvent",
-     [](ThreadWorld& world)
-     {
-         return Insert(world, 0);
-     }},
-    {"InsertEvent in front",
-     [](ThreadWorld& world)
-     {
-         return Insert(world, 1);
-     }},
-    {"RegisterObserver",
-     [](ThreadWorld& world)
-     {
-         const int before = world.handler->calls;
-         world.queue.RegisterObserver(kEvent + 1, world.handler, nullptr);
-         const HynResult result = world.queue.Invoke(kEvent + 1, 0, 0, nullptr, nullptr);
-         return IsEither(result == HYN_S_OK && world.handler->calls == before + 1, result == HYN_E_NOHANDLER);
-     }},
-    {"a handler that unregisters itself and is nobody else's",
-     [](ThreadWorld& world)
-     {
-         world.handler->queue = &world.queue;
-         world.handler = nullptr;
-         return world.queue.ProcessNext() == 1 && world.queue.Invoke(kEvent, 0, 0, nullptr, nullptr) == HYN_E_NOHANDLER
-                    ? HYN_S_OK
-                    : kWrong;
-     }},
-    {"RemoveEvents and ClearQueue",
-     [](ThreadWorld& world)
-     {
-         std::uint32_t id = kEvent;
-         world.queue.RemoveEvents(&id, 1);
-         world.queue.ClearQueue();
-         return world.Handled() == 0 ? HYN_S_OK : kWrong;
-     }},
-    {"PostEvent of a worker",
-     [](ThreadWorld& world)
-     {
-         return Post(world, 0);
-     }},
-    {"PostEvent of a worker in front",
-     [](ThreadWorld& world)
-     {
-         return Post(world, 1);
-     }},
-    {"Start",
-     [](ThreadWorld& world)
-     {
-         int started = 0;
-         const HynResult result = world.idle->Start(nullptr, &started);
-         return started == (HynFailed(result) ? 0 : 1) ? result : kWrong;
-     },
-     {HYN_E_THREADNOEVENT, HYN_E_THREADNOTHREAD},
-     [](ThreadWorld& world)
-     {
-         world.idle->Stop();
-     }},
-    {"Stop",
-     [](ThreadWorld& world)
-     {
-         return world.idle->Stop();
-     }},
-    {"SetPriority",
-     [](ThreadWorld& world)
-     {
-         return world.worker->SetPriority(5);
-     }},
-    {"RegisterThread",
-     [](ThreadWorld& world)
-     {
-         const HynResult result = world.manager->RegisterThread(world.idle);
-         CHynAutoPtr<IHynThread> found;
-         const HynResult get = world.manager->GetThread(found.Receive(), world.idle->GetThreadID());
-         return get == result ? result : kWrong;
-     }},
-    {"PostEvent of the manager",
-     [](ThreadWorld& world)
-     {
-         const HynResult result =
-             world.manager->PostEvent(kEvent, 0, 0, world.param, world.worker->GetThreadID(), nullptr);
-         world.posted += HynSucceeded(result) ? 1 : 0;
-         return result;
-     }},
-    {"InitMainThread, its handlers and its events",
-     [](ThreadWorld& world)
-     {
-         HynResult result = world.manager->InitMainThread(nullptr);
-         CHynAutoPtr<IHynThread> main;
-         if (HynFailed(result) || HynFailed(world.manager->GetMainThread(main.Receive())))
-             return HynFailed(result) ? result : kWrong;
-         result = Register(world, world.manager, main);
-         const int before = world.handler->calls;
-         if (HynSucceeded(result))
-             result = main->PostEvent(kEvent, 0, 0, world.param, nullptr);
-         TimerProc(nullptr, static_cast<CHynMainThread*>(main.operator Halyon::IHynThread*()));
-         return HynFailed(result) || world.handler->calls == before + 1 ? result : kWrong;
-     }},
-    {"InstallEventLoopTimer",
-     [](ThreadWorld&)
-     {
-         EventLoopTimerRef timer = nullptr;
-         const OSStatus status = InstallEventLoopTimer(
-             GetMainEventLoop(), 0.0, 1.0, [](EventLoopTimerRef, void*) {}, nullptr, &timer);
-         RemoveEventLoopTimer(timer);
-         return IsEither(status == noErr && timer != nullptr, status == memFullErr && timer == nullptr);
-     }},
+HynResult HandleOnceAndUnRegister(ThreadWorld& world)
+{
+    world.handler->queue = &world.queue;
+    world.handler = nullptr;
+    const bool isHandled = world.queue.ProcessNext() == 1;
+    return IsDone(isHandled && world.queue.Invoke(kEvent, 0, 0, nullptr, nullptr) == HYN_E_NOHANDLER);
+}
+
+HynResult Clear(ThreadWorld& world)
+{
+    std::uint32_t id = kEvent;
+    world.queue.RemoveEvents(&id, 1);
+    world.queue.ClearQueue();
+    return IsDone(world.Handled() == 0);
+}
+
+HynResult Start(ThreadWorld& world)
+{
+    int started = 0;
+    const HynResult result = world.idle->Start(nullptr, &started);
+    return started == (HynFailed(result) ? 0 : 1) ? result : kWrong;
+}
+
+HynResult RegisterThread(ThreadWorld& world)
+{
+    const HynResult result = world.manager->RegisterThread(world.idle);
+    CHynAutoPtr<IHynThread> found;
+    return world.manager->GetThread(found.Receive(), world.idle->GetThreadID()) == result ? result : kWrong;
+}
+
+HynResult PostByManager(ThreadWorld& world)
+{
+    const HynResult result = world.manager->PostEvent(kEvent, 0, 0, world.param, world.worker->GetThreadID(), nullptr);
+    world.posted += HynSucceeded(result) ? 1 : 0;
+    return result;
+}
+
+// The manager has the handler, so the thread sends it an event and handles one that is posted.
+HynResult UseMainThread(ThreadWorld& world)
+{
+    HynResult result = world.manager->InitMainThread(nullptr);
+    CHynAutoPtr<IHynThread> main;
+    if (HynFailed(result) || HynFailed(world.manager->GetMainThread(main.Receive())))
+        return HynFailed(result) ? result : kWrong;
+    CountingHandler* handler = world.handler;
+    result = world.manager->RegisterHandler(handler, nullptr);
+    if (HynFailed(result))
+        return result;
+    const int before = handler->calls;
+    main->SendEvent(kEvent, 0, 0, nullptr, nullptr);
+    result = main->PostEvent(kEvent, 0, 0, world.param, nullptr);
+    TimerProc(nullptr, static_cast<CHynMainThread*>(main.operator Halyon::IHynThread*()));
+    return handler->calls == before + (HynFailed(result) ? 1 : 2) ? result : kWrong;
+}
+
+HynResult InstallTimer(ThreadWorld& /*world*/)
+{
+    EventLoopTimerRef timer = nullptr;
+    const OSStatus status = InstallEventLoopTimer(
+        GetMainEventLoop(), 0.0, 1.0, [](EventLoopTimerRef, void*) {}, nullptr, &timer);
+    RemoveEventLoopTimer(timer);
+    return IsEither(status == noErr && timer != nullptr, status == memFullErr && timer == nullptr);
+}
+
+using World = ThreadWorld;
+using Op = Operation<ThreadWorld>;
+constexpr Op::Failing kStarting = {{HYN_E_THREADNOEVENT, HYN_E_THREADNOTHREAD},
+                                   [](World& world)
+                                   {
+                                       world.idle->Stop();
+                                   }};
+
+const Op kOperations[] = {
+    Op("InsertEvent", [](World& world) { return Insert(world, 0); }),
+    Op("InsertEvent in front", [](World& world) { return Insert(world, 1); }),
+    Op("RegisterObserver", RegisterObserver),
+    Op("a handler that unregisters itself and is nobody else's", HandleOnceAndUnRegister),
+    Op("RemoveEvents and ClearQueue", Clear),
+    Op("PostEvent of a worker", [](World& world) { return Post(world, 0); }),
+    Op("PostEvent of a worker in front", [](World& world) { return Post(world, 1); }),
+    Op("Start", kStarting, Start),
+    Op("Stop", [](World& world) { return world.idle->Stop(); }),
+    Op("SetPriority", [](World& world) { return world.worker->SetPriority(5); }),
+    Op("RegisterThread", RegisterThread),
+    Op("PostEvent of the manager", PostByManager),
+    Op("InitMainThread, its handlers and its events", UseMainThread),
+    Op("InstallEventLoopTimer", InstallTimer),
 };
 
 TEST(ThreadMemory, IsMissedWithTheStatedCodeAndNothingIsLost)
 {
-    FaultCount count("threads");
-    for (const auto& operation : kOperations)
-        FailEachAllocation(operation, count);
+    FailEachAllocation("threads", kOperations);
     EXPECT_EQ(Param::Alive(), 0);
 }
 } // namespace

@@ -95,24 +95,15 @@ void Renew(ToolsWorld& world)
     world.changed = u"/a/b";
 }
 
-#define HYN_IS(name, ...)                                                                                              \
-    {                                                                                                                  \
-        name, []([[maybe_unused]] ToolsWorld& world)                                                                   \
-        {                                                                                                              \
-            return world.Is(__VA_ARGS__);                                                                              \
-        }                                                                                                              \
-    }
+using Op = Operation<ToolsWorld>;
+constexpr Op::Failing kRenewed = {{HYN_E_FAIL, HYN_E_FAIL}, Renew};
 // ICU's matcher of languages loses what it has when it gets no more.
-#define HYN_MATCHED(name, ...)                                                                                         \
-    {                                                                                                                  \
-        name, [](ToolsWorld& world) { return world.Is(__VA_ARGS__); }, {HYN_E_FAIL, HYN_E_FAIL}, nullptr, 16           \
-    }
-#define HYN_DO(name, ...)                                                                                              \
-    {                                                                                                                  \
-        name, []([[maybe_unused]] ToolsWorld& world) { __VA_ARGS__ }, {HYN_E_FAIL, HYN_E_FAIL}, Renew                  \
-    }
+constexpr Op::Failing kMatched = {{HYN_E_FAIL, HYN_E_FAIL}, nullptr, 16};
+#define HYN_IS(name, ...) Op(name, []([[maybe_unused]] ToolsWorld& world) { return world.Is(__VA_ARGS__); })
+#define HYN_MATCHED(name, ...) Op(name, kMatched, [](ToolsWorld& world) { return world.Is(__VA_ARGS__); })
+#define HYN_DO(name, ...) Op(name, kRenewed, []([[maybe_unused]] ToolsWorld& world) { __VA_ARGS__ })
 
-const Operation<ToolsWorld> kPaths[] = {
+const Op kPaths[] = {
     HYN_DO("AddBackslash", Paths::AddBackslash(world.changed);
            return IsEither(world.changed == u"/a/b/", world.changed == u"/a/b");),
     HYN_DO("RemoveBacksplash", world.changed = u"/a/"; const bool isReady = !world.changed.IsEmpty();
@@ -127,24 +118,24 @@ const Operation<ToolsWorld> kPaths[] = {
            return IsEither(length == 2 && prefix == u"/a", length == 0 && prefix.IsEmpty());),
     HYN_IS("ReplaceUpLevelPath", Paths::ReplaceUpLevelPath(u"/a/b", u"/a", u"/x"), u"/x/b"),
     HYN_IS("ExpandTildePath", ExpandTildePath(world.changed), world.expanded),
-    HYN_DO("FileInSameFolder", return Paths::FileInSameFolder(u"/a/b", u"/a/c") ? HYN_S_OK : kWrong;),
+    HYN_DO("FileInSameFolder", return IsDone(Paths::FileInSameFolder(u"/a/b", u"/a/c"));),
     HYN_DO("PathInPath", const int nesting = Paths::PathInPath(u"/usr/bin", world.root);
            return IsEither(nesting == -1, nesting == 0);),
     HYN_IS("GetPathDriver", Paths::GetPathDriver(u"/proc/1"), u"/proc"),
     HYN_IS("GetRelativePath", Paths::GetRelativePath(u"/proc/1/x"), u"/1/x/"),
     HYN_IS("GetFileRelativePath", Paths::GetFileRelativePath(u"/proc/1/x"), u"/1/"),
     HYN_DO("IsDirectory and IsFileExists",
-           return Paths::IsDirectory(world.folder) == 1 && Paths::IsFileExists(world.file) == 1 ? HYN_S_OK : kWrong;),
+           return IsDone(Paths::IsDirectory(world.folder) == 1 && Paths::IsFileExists(world.file) == 1);),
     HYN_DO("IsRoot", const int isRoot = Paths::IsRoot(u"/proc"); return IsEither(isRoot == 1, isRoot == 0);),
     HYN_DO("IsSameRoot", const int isSame = Paths::IsSameRoot(u"/proc/1", u"/proc");
            return IsEither(isSame == 1, isSame == 0);),
-    HYN_DO("IsSameRoot of two", return Paths::IsSameRoot(u"/proc/1", u"/") == 0 ? HYN_S_OK : kWrong;),
-    HYN_DO("IsValidScanFolder of the system's", return Paths::IsValidScanFolder(u"/usr/bin") ? kWrong : HYN_S_OK;),
+    HYN_DO("IsSameRoot of two", return IsDone(Paths::IsSameRoot(u"/proc/1", u"/") == 0);),
+    HYN_DO("IsValidScanFolder of the system's", return IsDone(!Paths::IsValidScanFolder(u"/usr/bin"));),
     HYN_DO("IsReadOnlyFile", const int isReadOnly = Paths::IsReadOnlyFile(world.file);
            return IsEither(isReadOnly == 0, isReadOnly == 1);),
 };
 
-const Operation<ToolsWorld> kBundles[] = {
+const Op kBundles[] = {
     HYN_IS("GetBundleContentsPath", Tools::GetBundleContentsPath(world.bundle.get()), world.contents),
     HYN_IS("GetBundleResourcePath", Tools::GetBundleResourcePath(world.bundle.get()), world.resources),
     HYN_MATCHED("GetBundleLocalizePath", Tools::GetBundleLocalizePath(world.bundle.get()), world.japanese,
@@ -164,39 +155,25 @@ const Operation<ToolsWorld> kBundles[] = {
            return IsEither(url != nullptr, true);),
 };
 
-const Operation<ToolsWorld> kOthers[] = {
+const Op kOthers[] = {
     HYN_DO("DeleteFile", const int deleted = Tools::DeleteFile(world.folder, nullptr, 0, 0);
-           return deleted == 0 ? HYN_S_OK : kWrong;), // it has content
+           return IsDone(deleted == 0);), // it has content
     HYN_DO("FileTimeToString", const FILETIME moment = Moment();
            const CTovStringW text = Tools::FileTimeToString(u"%04d-%02d-%02d %02d:%02d:%02d", &moment);
            return IsEither(text.GetLength() == 19, text.IsEmpty());),
     HYN_DO("dates", FILETIME moment = Moment(); Tools::ConvertToFileTimeDW(&moment, 20240229);
-           return Tools::ConvertFromFileTimeDW(&moment) == 20240229 ? HYN_S_OK : kWrong;),
+           return IsDone(Tools::ConvertFromFileTimeDW(&moment) == 20240229);),
     HYN_DO("reading the zone again", TovTimeZoneChanged(); FILETIME moment = Moment();
            Tools::ConvertToFileTimeDW(&moment, 20240229);
-           return Tools::ConvertFromFileTimeDW(&moment) == 20240229 ? HYN_S_OK : kWrong;),
+           return IsDone(Tools::ConvertFromFileTimeDW(&moment) == 20240229);),
     HYN_DO("versions", tagHYN_VERSION version = {};
-           return CHynVersionHelper::GetVersion(u"1.2.3.4", version) == 1 && version.fourth == 4 ? HYN_S_OK : kWrong;),
+           return IsDone(CHynVersionHelper::GetVersion(u"1.2.3.4", version) == 1 && version.fourth == 4);),
 };
 
-TEST(ToolsMemory, APathIsRightOrEmptyWithoutIt)
+TEST(ToolsMemory, AResultIsRightOrEmptyWithoutIt)
 {
-    FaultCount count("paths");
-    for (const auto& operation : kPaths)
-        FailEachAllocation(operation, count);
-}
-
-TEST(ToolsMemory, AFolderOfABundleIsRightOrEmptyWithoutIt)
-{
-    FaultCount count("bundles");
-    for (const auto& operation : kBundles)
-        FailEachAllocation(operation, count);
-}
-
-TEST(ToolsMemory, FilesAndDatesAreRightWithoutIt)
-{
-    FaultCount count("files and dates");
-    for (const auto& operation : kOthers)
-        FailEachAllocation(operation, count);
+    FailEachAllocation("paths", kPaths);
+    FailEachAllocation("bundles", kBundles);
+    FailEachAllocation("files and dates", kOthers);
 }
 } // namespace
