@@ -1,11 +1,22 @@
-// The lock of the consumer's end must keep everybody out, whoever the owner is.
+// The lock of the consumer's end must keep everybody out, whoever the owner is and whether or not the kernel helps.
 
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
 #include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 
 #include <gtest/gtest.h>
 
 #include <halyon/thread/HynBiasedLock.h>
+
+#include <tests/support/InChild.h>
 
 using Halyon::CHynAutoLock;
 using Halyon::HynBiasedLock;
@@ -30,34 +41,81 @@ struct Guarded
     }
 };
 
-TEST(BiasedLock, KeepsEachOwnerAndOthersApart)
+// Owners, one after the other, beside threads that are none and do not rest before the last owner has ended.
+void ExpectApart(int ownerSteps)
 {
-    constexpr int kOwners = 3; // one after the other
-    constexpr int kOwnerSteps = 400'000;
+    constexpr int kOwners = 3;
     constexpr int kOthers = 3;
-    constexpr int kOtherSteps = 20'000;
-    const auto repeat = [](Guarded& guarded, int steps)
-    {
-        for (int step = 0; step < steps; ++step)
-            guarded.Step();
-    };
     Guarded guarded;
+    std::atomic<bool> ended{false};
+    std::atomic<long long> steps{kOwners * ownerSteps};
     {
         std::vector<std::jthread> others;
         others.reserve(kOthers);
         for (int other = 0; other < kOthers; ++other)
-            others.emplace_back([&] { repeat(guarded, kOtherSteps); });
+            others.emplace_back(
+                [&]
+                {
+                    for (; !ended; ++steps)
+                        guarded.Step();
+                });
         for (int owner = 0; owner < kOwners; ++owner)
             std::jthread(
                 [&]
                 {
                     guarded.lock.Adopt();
-                    repeat(guarded, kOwnerSteps);
+                    for (int step = 0; step < ownerSteps; ++step)
+                        guarded.Step();
                 })
                 .join();
+        ended = true;
     }
     EXPECT_EQ(guarded.torn, 0);
-    EXPECT_EQ(guarded.first, kOwners * kOwnerSteps + kOthers * kOtherSteps);
+    EXPECT_EQ(guarded.first, steps);
     EXPECT_EQ(guarded.second, guarded.first);
+}
+
+// From here on the kernel denies the process, and what it becomes, the call that fences threads; whether it does.
+bool DenyFences()
+{
+    sock_filter rules[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_membarrier, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter = {std::size(rules), rules};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+constexpr char kDenied[] = "HALYON_TEST_FENCES_DENIED";
+
+TEST(BiasedLock, KeepsEachOwnerAndOthersApart)
+{
+    EXPECT_TRUE(std::getenv(kDenied) == nullptr || !TovCanFenceThreads());
+    ExpectApart(100'000);
+}
+
+// A program that finds itself without fences, and one that denies them to itself when it has them already.
+TEST(BiasedLock, KeepsThemApartWhereNoThreadFencesOthers)
+{
+    if (HalyonTest::InChild([] { return std::string(DenyFences() ? "denied" : "no"); }) != "denied")
+        GTEST_SKIP() << "this machine filters no calls";
+    const auto beginAnew = []
+    {
+        DenyFences();
+        setenv(kDenied, "1", 1);
+        dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO);
+        execl("/proc/self/exe", "thread_test", "--gtest_filter=BiasedLock.KeepsEachOwnerAndOthersApart", nullptr);
+        return std::string("not started");
+    };
+    EXPECT_EQ(HalyonTest::InChild(beginAnew), "");
+    const auto goOn = []
+    {
+        DenyFences();
+        ExpectApart(30'000);
+        return std::string(testing::Test::HasFailure() ? "failed" : "apart");
+    };
+    EXPECT_EQ(HalyonTest::InChild(goOn), "apart");
 }
 } // namespace
