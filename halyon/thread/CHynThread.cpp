@@ -34,21 +34,28 @@ HynResult CHynThread::Start(IHynThreadManager* pManager, int* pStarted)
 {
     if (pStarted == nullptr)
         return HYN_E_POINTER;
-    const CHynAutoLock lock(m_lock);
-    *pStarted = 0;
-    const HynResult result = CheckExitFlag() == 0 ? HYN_E_THREADRUNNING : CreateThread();
-    if (HynFailed(result))
     {
-        // Also when the thread runs, deliberately: a second Start leaves it deaf, and only Stop is of use then.
-        CloseHandles();
-        return result;
+        const CHynAutoLock lock(m_lock);
+        *pStarted = 0;
+        const HynResult result = CheckExitFlag() == 0 ? HYN_E_THREADRUNNING : CreateThread();
+        if (HynFailed(result))
+        {
+            // Also when the thread runs, deliberately: a second Start leaves it deaf, and only Stop is of use then.
+            CloseHandles();
+            return result;
+        }
+        m_bKnown = pManager == nullptr || HynSucceeded(pManager->RegisterThread(this));
+        if (m_bKnown)
+        {
+            m_spManager = pManager;
+            TovSetThreadPriority(m_thread, kPatientPriority);
+            *pStarted = 1;
+            return HYN_S_OK;
+        }
     }
-    m_spManager = pManager;
-    if (pManager != nullptr)
-        pManager->RegisterThread(this);
-    TovSetThreadPriority(m_thread, kPatientPriority);
-    *pStarted = 1;
-    return HYN_S_OK;
+    // Nobody would find the thread: it ends before its first step, without the lock that it waits for.
+    CHynThread::Stop();
+    return HYN_E_FAIL;
 }
 
 // Makes the event and the thread, and waits until the thread has made its identifier known.
@@ -84,11 +91,14 @@ std::uint32_t CHynThread::ThreadProc(void* pThread)
     if (thread->m_szName[0] != 0)
         TovSetCurrentThreadName(thread->m_szName);
     TovSetEvent(thread->m_identified);
+    bool bKnown = false;
     {
         // Start holds the lock until the thread is registered: InitThread can rely on that.
         const CHynAutoLock started(thread->m_lock);
+        bKnown = thread->m_bKnown;
     }
-    thread->Run();
+    if (bKnown)
+        thread->Run();
     return 0;
 }
 

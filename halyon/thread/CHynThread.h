@@ -69,6 +69,7 @@ private:
     std::atomic<TovEventRef> m_event{0};
     CHynLock m_lock;
     std::atomic<std::int32_t> m_nBusy{0};
+    bool m_bKnown HYN_GUARDED_BY(m_lock) = false; // whether the manager, if there is one, knows the thread
     CHynAutoPtr<IHynThreadManager> m_spManager;
 
     std::atomic<TovThreadRef> m_body{0};         // m_thread as Stop needs it: that one may become 0 early

@@ -19,7 +19,8 @@ public:
     // null; `*pStarted` becomes 1, or 0 on failure. HYN_E_POINTER: `pStarted` is null. HYN_E_THREADRUNNING: it runs
     // already, and the call has closed its wake-up event and its thread reference, deliberately: the thread handles no
     // further event and can only be stopped. HYN_E_THREADNOEVENT, HYN_E_THREADNOTHREAD: the system gives no event, no
-    // thread; after the latter a further Start answers HYN_E_THREADRUNNING.
+    // thread; after the latter a further Start answers HYN_E_THREADRUNNING. HYN_E_FAIL: the manager has no memory for
+    // the thread, which has ended before its first step.
     // The main thread: begins to pump events; both arguments are ignored. [owner]
     virtual HynResult Start(IHynThreadManager* pManager, int* pStarted) = 0;
 

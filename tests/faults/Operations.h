@@ -49,7 +49,7 @@ struct Operation
 
     struct Failing
     {
-        std::array<HynResult, 2> answers = {HYN_E_FAIL, HYN_E_FAIL};
+        std::array<HynResult, 3> answers = {HYN_E_FAIL, HYN_E_FAIL, HYN_E_FAIL};
         void (*settle)(World& world) = nullptr; // what a caller does after a failure, before it tries again
         int mostLost = 0;                       // blocks that a library loses when it gets no more
     };

@@ -151,8 +151,11 @@ HynResult Clear(ThreadWorld& world)
 HynResult Start(ThreadWorld& world)
 {
     int started = 0;
-    const HynResult result = world.idle->Start(nullptr, &started);
-    return started == (HynFailed(result) ? 0 : 1) ? result : kWrong;
+    const HynResult result = world.idle->Start(world.manager, &started);
+    CHynAutoPtr<IHynThread> found;
+    const HynResult get = world.manager->GetThread(found.Receive(), world.idle->GetThreadID());
+    const bool ended = result != HYN_E_FAIL || (world.idle->CheckExitFlag() != 0 && world.idle->GetThreadID() == 0);
+    return ended && HynFailed(get) == HynFailed(result) && started == (HynFailed(result) ? 0 : 1) ? result : kWrong;
 }
 
 HynResult RegisterThread(ThreadWorld& world)
@@ -198,7 +201,7 @@ HynResult InstallTimer(ThreadWorld& /*world*/)
 
 using World = ThreadWorld;
 using Op = Operation<ThreadWorld>;
-constexpr Op::Failing kStarting = {{HYN_E_THREADNOEVENT, HYN_E_THREADNOTHREAD},
+constexpr Op::Failing kStarting = {{HYN_E_THREADNOEVENT, HYN_E_THREADNOTHREAD, HYN_E_FAIL},
                                    [](World& world)
                                    {
                                        world.idle->Stop();
