@@ -11,28 +11,13 @@
 #include <elf.h>
 #include <link.h>
 
+// This program's own header, of which the linker says where it is.
+extern "C" [[gnu::visibility("hidden")]] const ElfW(Ehdr) __ehdr_start;
+
 namespace HynValidate
 {
 namespace
 {
-#if defined(__x86_64__)
-constexpr int kMachine = EM_X86_64;
-#elif defined(__aarch64__)
-constexpr int kMachine = EM_AARCH64;
-#elif defined(__riscv)
-constexpr int kMachine = EM_RISCV;
-#elif defined(__powerpc64__)
-constexpr int kMachine = EM_PPC64;
-#elif defined(__s390__)
-constexpr int kMachine = EM_S390;
-#elif defined(__i386__)
-constexpr int kMachine = EM_386;
-#else
-#error "hynvalidate: name this machine's ELF number here"
-#endif
-constexpr int kClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
-constexpr int kOrder = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ ? ELFDATA2LSB : ELFDATA2MSB;
-
 // The bytes of the file; everything that is read from them lies inside or throws.
 class Image
 {
@@ -94,7 +79,9 @@ Header HeaderOf(const Image& image)
     if (!image.StartsWith(ELFMAG))
         image.Refuse("it is no ELF file");
     const auto header = image.At<Header>(0);
-    if (header.e_ident[EI_CLASS] != kClass || header.e_ident[EI_DATA] != kOrder || header.e_machine != kMachine)
+    const bool isSameForm =
+        std::equal(header.e_ident + EI_CLASS, header.e_ident + EI_VERSION, __ehdr_start.e_ident + EI_CLASS);
+    if (!isSameForm || header.e_machine != __ehdr_start.e_machine)
         image.Refuse("it is for another machine");
     if (header.e_type != ET_DYN)
         image.Refuse("it is no shared object");
