@@ -3,14 +3,11 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <dlfcn.h>
 
+#include <halyon/client/HynSQ.h>
 #include <halyon/database/IHynSQCommand.h>
-#include <halyon/database/IHynSQConnection.h>
 #include <halyon/database/IHynSQRecordSet.h>
 #include <halyon/framework/CHynAutoPtr.h>
-#include <halyon/framework/HynIdentifiers.h>
-#include <halyon/framework/MyDll.h>
 #include <halyon/platform/DateTimeUtils.h>
 #include <halyon/tools/CHynPubTools.h>
 
@@ -115,18 +112,11 @@ void Failures()
 
 int main(int argc, char** argv)
 {
-    void* module = dlopen(argc > 1 ? argv[1] : "HynSQ.so", RTLD_NOW | RTLD_LOCAL);
-    if (module == nullptr)
-        return std::fprintf(stderr, "cannot load the module: %s\n", dlerror()), 1;
-    auto getClassObject =
-        reinterpret_cast<HynGetClassObjectProc>(dlsym(module, kHynGetClassObjectName));
-    CHynAutoPtr<IHynSQConnection> connection;
-    getClassObject(CLSID_HynSQConnection, IID_IHynSQConnection,
-                   reinterpret_cast<void**>(connection.Receive()));
-    connection->Connect(u":memory:", u"", u"");
+    const Client::Module module(argc > 1 ? argv[1] : "HynSQ.so");
+    const Client::Connection connection(module, ":memory:");
 
     LiveIn("Asia/Tokyo");
-    Store(connection);
+    Store(connection.interface());
     Days();
 
     LiveIn("America/New_York");
