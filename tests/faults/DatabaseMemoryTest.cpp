@@ -89,6 +89,17 @@ void Rewind(DatabaseWorld& world)
     world.rows->Reset();
 }
 
+// The out pointer is left alone when there is no object to hand over.
+HynResult GetClassObject(DatabaseWorld& world)
+{
+    void* out = &world;
+    const HynResult result = LoadedModule::Get(IID_IHynSQConnection, &out);
+    if (HynFailed(result))
+        return out == &world ? result : kWrong;
+    static_cast<IHynSQConnection*>(out)->Release();
+    return result;
+}
+
 void DisConnect(DatabaseWorld& world)
 {
     world.other->DisConnect();
@@ -181,8 +192,7 @@ constexpr Op::Failing kReset = {kStatement.answers, Rewind};
 constexpr Op::Failing kConversion = {{HYN_E_FAIL, HYN_E_FAIL}, Rewind};
 
 const Op kOperations[] = {
-    Op("MyDllGetClassObject", [](World& world)
-       { return LoadedModule::Get(IID_IHynSQConnection, reinterpret_cast<void**>(world.other.Receive())); }),
+    Op("MyDllGetClassObject", GetClassObject),
     Op("QueryInterface",
        [](World& world)
        {

@@ -1,41 +1,24 @@
 // The validator as its users run it: on the module, on a component of somebody's own, and on modules each of which
 // breaks one rule on purpose.
 
-#include <array>
 #include <cstdio>
 #include <fstream>
-#include <map>
 #include <regex>
 #include <string>
-
-#include <sys/wait.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/Command.h"
+
+using HalyonTest::ContentOf;
+using HalyonTest::Ended;
+
 namespace
 {
-struct Ended
-{
-    int status;
-    std::string output;
-};
-
-Ended RunTool(const std::string& tool, const std::string& arguments)
-{
-    FILE* pipe = popen((tool + " " + arguments + " 2>&1").c_str(), "r");
-    Ended run{-1, ""};
-    std::array<char, 4096> part{};
-    while (pipe != nullptr && std::fgets(part.data(), part.size(), pipe) != nullptr)
-        run.output += part.data();
-    const int status = pipe == nullptr ? -1 : pclose(pipe);
-    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
-}
-
 Ended Validate(const std::string& arguments)
 {
-    return RunTool(HYNVALIDATE, arguments);
+    return HalyonTest::RunShell(HYNVALIDATE " " + arguments + " 2>&1");
 }
 
 std::string BrokenModule(const std::string& fault)
@@ -144,12 +127,9 @@ TEST(Validate, HoldsAModuleToTheClassesAndInterfacesThatAreNamed)
 TEST(Validate, TellsWhyAFileCannotBeChecked)
 {
     const std::string otherMachine = testing::TempDir() + "OtherMachine.so";
-    {
-        std::ifstream in(HYNSQ_MODULE, std::ios::binary);
-        std::string bytes(std::istreambuf_iterator<char>(in), {});
-        bytes.at(18) = 2; // e_machine
-        std::ofstream(otherMachine, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
-    }
+    std::string bytes = ContentOf(HYNSQ_MODULE);
+    bytes.at(18) = 2; // e_machine
+    std::ofstream(otherMachine, std::ios::binary) << bytes.substr(0, bytes.size() / 2);
     const std::pair<std::string, const char*> cases[] = {
         {"/no/such.so", "No such file or directory"},
         {"/", "it is empty or no file"},
@@ -170,8 +150,7 @@ TEST(Validate, TellsWhyAFileCannotBeChecked)
 
 TEST(Validate, IsToldWholeByItsManualPage)
 {
-    std::ifstream file(HYN_MAN_PAGE);
-    std::string page(std::istreambuf_iterator<char>(file), {});
+    std::string page = ContentOf(HYN_MAN_PAGE);
     std::erase(page, '\\');
     const std::string offered = Validate("--help").output + Validate("--list").output;
     const std::regex word("--[a-z-]+|\n[a-z-]+(?=  )");
@@ -182,6 +161,6 @@ TEST(Validate, IsToldWholeByItsManualPage)
         EXPECT_NE(page.find(name), std::string::npos) << name;
     }
     EXPECT_GT(count, 20);
-    EXPECT_EQ(RunTool("LC_ALL=C man --warnings -E UTF-8 -l '" HYN_MAN_PAGE "' 2>&1 >/dev/null #", "").output, "");
+    EXPECT_EQ(HalyonTest::ManualPageWarnings(HYN_MAN_PAGE), "");
 }
 } // namespace

@@ -1,0 +1,119 @@
+// What a host finds in the module's file, as the binary tools show it, and that it can be loaded and closed any number
+// of times. What every module must do is for the validator, which holds this one to it among its tests.
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include <malloc.h>
+
+#include <gtest/gtest.h>
+
+#include "tests/framework/ForeignHost.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/Command.h"
+#include <validate/FrozenIdentifiers.h>
+
+using namespace ForeignHost;
+using HalyonTest::LiveAllocations;
+using HalyonTest::OutputOf;
+
+namespace
+{
+// The last word of each line of what `tool` says of the module.
+std::multiset<std::string> LastWords(const std::string& tool)
+{
+    std::istringstream lines(OutputOf(tool + " '" HYNSQ_MODULE "'"));
+    std::multiset<std::string> words;
+    for (std::string line; std::getline(lines, line);)
+        words.insert(line.substr(line.find_last_of(' ') + 1));
+    return words;
+}
+
+TEST(ModuleFile, ExportsTheEntryPointsAndTheIdentifiersAlone)
+{
+    std::multiset<std::string> expected = {"MyDllGetClassObject", "MyDllCanUnloadNow"};
+    for (const auto& identifier : kIdentifiers)
+        expected.insert(identifier.name);
+    EXPECT_EQ(expected.size(), 70u);
+    EXPECT_EQ(LastWords("nm -D --defined-only"), expected);
+}
+
+TEST(ModuleFile, NeedsTheEngineUnicodeAndTheLanguageRuntimeAlone)
+{
+    // The sanitizers' own libraries come with an instrumented build.
+    const char* allowed[] = {"[libsqlite3.so", "[libicuuc.so", "[libstdc++.so", "[libgcc_s.so",
+                             "[libc.so",       "[libm.so",     "[ld",           "[libasan.so",
+                             "[libubsan.so",   "[libtsan.so",  "[libicudata.so"};
+    std::multiset<std::string> needed = LastWords("readelf -dW '" HYNSQ_MODULE "' | grep NEEDED; true");
+    EXPECT_GE(needed.size(), 3u);
+    for (const char* name : allowed)
+        std::erase_if(needed, [name](const std::string& library) { return library.starts_with(name); });
+    EXPECT_TRUE(needed.empty()) << *needed.begin() << " should not be needed";
+}
+
+TEST(ModuleFile, BindsItsIdentifiersToItself)
+{
+    // A relocation by name would let any library in the process put another value in their place.
+    const std::string relocations = OutputOf("readelf -rW '" HYNSQ_MODULE "'");
+    EXPECT_NE(relocations.find("sqlite3_open16"), std::string::npos);
+    for (const char* name : {" IID_", " CLSID_", " MyDll"})
+        EXPECT_EQ(relocations.find(name), std::string::npos) << name;
+}
+
+TEST(ModuleFile, CarriesTheLoadTimeMarksInEachUnit)
+{
+    const std::multiset<std::string> names = LastWords("nm -C");
+    EXPECT_GE(names.count("Halyon::ADDCTBBegin"), 10u);
+    EXPECT_EQ(names.count("Halyon::ADDCTBBegin"), names.count("Halyon::ADDCTBEnd"));
+}
+
+// One life of the module, with an engine handle, a command and a record set in it.
+void LoadUseAndClose()
+{
+    const Module module;
+    void* connection = module.MakeConnection();
+    ASSERT_EQ(Call<std::int32_t>(connection, kConnect, u":memory:", u"a", u"b"), kOk);
+    void* recordSet = nullptr;
+    ASSERT_EQ(Call<std::int32_t>(connection, kOpenText, u"SELECT 1 AS one", &recordSet), kOk);
+    EXPECT_EQ(module.CanUnloadNow(), kOk) << "whatever is alive";
+    EXPECT_EQ(Release(recordSet), 0u);
+    EXPECT_EQ(Release(connection), 0u);
+}
+
+#if defined(__SANITIZE_THREAD__)
+constexpr bool kThreadSanitizer = true;
+#else
+constexpr bool kThreadSanitizer = false;
+#endif
+
+std::ptrdiff_t CountMappings()
+{
+    const std::string maps = HalyonTest::ContentOf("/proc/self/maps");
+    return std::count(maps.begin(), maps.end(), '\n');
+}
+
+TEST(ModuleLife, LoadingAndClosingAThousandTimesLeavesNothing)
+{
+    const auto rounds = [](int count)
+    {
+        for (int i = 0; i < count; ++i)
+        {
+            LoadUseAndClose();
+            ASSERT_EQ(dlopen(HYNSQ_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded after round " << i;
+        }
+    };
+    // The loader's own tables reach their size in the first half.
+    rounds(500);
+    const long long allocations = LiveAllocations();
+    const std::size_t heap = mallinfo2().uordblks;
+    const std::ptrdiff_t mappings = CountMappings();
+    rounds(500);
+    EXPECT_EQ(LiveAllocations(), allocations);
+    // The thread sanitizer maps memory of its own for each library that is loaded; allocators map some now and then.
+    EXPECT_TRUE(kThreadSanitizer || CountMappings() < mappings + 50) << "no mapping a round";
+    // 0 under the sanitizers, whose allocators do not count here; they look for leaks themselves.
+    EXPECT_LE(mallinfo2().uordblks, heap + std::size_t{500} * 16) << "no block a round";
+}
+} // namespace
