@@ -86,7 +86,8 @@ void CheckConnection(Database& database, void* connection)
     database.Execute(u"DELETE FROM t");
 }
 
-constexpr std::uint32_t kMoment[2] = {0x12340001, 0x00005678};
+// Few seconds and a fraction in either byte order: a number must hold all of it.
+constexpr std::uint32_t kMoment[2] = {0x00020001, 0x00035678};
 constexpr unsigned char kBlob[] = {1, 0, 2};
 
 void CheckCommand(Database& database)
