@@ -45,12 +45,15 @@ void ExpectFlat(int rounds, Round round)
     const Holdings before;
     for (int i = rounds / 10; i < rounds; ++i)
         round();
-    const Holdings after;
+    // A thread that was joined is listed a moment longer.
+    Holdings after;
+    for (int look = 0; look < 10'000 && after.threads > before.threads; ++look)
+        after = Holdings();
     std::printf("%d rounds: heap %+.0f bytes, %td descriptors, %td threads\n", rounds, after.heap - before.heap,
                 after.descriptors, after.threads);
     EXPECT_LT(after.heap - before.heap, 256 * 1024);
     EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_LE(after.threads, before.threads);
 }
 
 class Summing : public CHynEventHandler
