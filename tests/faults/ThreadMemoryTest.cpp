@@ -50,17 +50,17 @@ struct ThreadWorld
         queue.InsertEvent(Event(), 0);
         int started = 0;
         EXPECT_EQ(worker->Start(manager, &started), HYN_S_OK);
-        worker->RegisterHandler(wait, nullptr);
+        worker->RegisterHandler(wait.handler, nullptr);
         worker->RegisterHandler(counter, nullptr);
         worker->PostEvent(kWait, 0, 0, nullptr, nullptr);
-        inside.Pass();
+        wait.inside.Pass();
     }
     // What the worker said that it took must have been handled.
     ~ThreadWorld()
     {
-        gate.Open();
+        wait.gate.Open();
         worker->PostEvent(kWait, 0, 0, nullptr, nullptr);
-        wait->called.WaitFor(2);
+        wait.handler->called.WaitFor(2);
         EXPECT_EQ(counter->calls, posted);
         worker->Stop();
         idle->Stop();
@@ -81,14 +81,7 @@ struct ThreadWorld
         return handler->calls - before;
     }
 
-    Gate inside;
-    Gate gate;
-    HandlerPtr wait = MakeHandler(kWait,
-                                  [this](std::uint32_t, std::int32_t, IHynEventParam*)
-                                  {
-                                      inside.Open();
-                                      gate.Pass();
-                                  });
+    Blocker wait{kWait};
     CHynAutoPtr<CountingHandler> handler = new CountingHandler(kEvent);
     CHynAutoPtr<CountingHandler> counter = new CountingHandler(kEvent);
     int posted = 0;

@@ -8,7 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include <halyon/thread/CHynEventHandler.h>
+#include <halyon/thread/CHynWorkerThread.h>
 
 namespace HalyonTest
 {
@@ -126,4 +129,55 @@ inline HandlerPtr MakeHandler(std::uint32_t eventID, Handler::Action action = {}
 {
     return new Handler(eventID, std::move(action));
 }
+
+// The first arguments of the calls, by which tests number their events.
+inline std::vector<std::uint32_t> Numbers(const Handler& handler)
+{
+    std::vector<std::uint32_t> numbers;
+    for (const Call& call : handler.calls)
+        numbers.push_back(call.uParam);
+    return numbers;
+}
+
+// Keeps its thread inside an event until the gate is opened.
+struct Blocker
+{
+    explicit Blocker(std::uint32_t eventID)
+        : handler(MakeHandler(eventID,
+                              [this](auto...)
+                              {
+                                  inside.Open();
+                                  gate.Pass();
+                              }))
+    {
+    }
+    Blocker(const Blocker&) = delete;
+    Blocker& operator=(const Blocker&) = delete;
+
+    Gate inside;
+    Gate gate;
+    HandlerPtr handler;
+};
+
+using WorkerPtr = Halyon::CHynAutoPtr<Halyon::CHynWorkerThread>;
+
+inline WorkerPtr StartedWorker(std::int32_t capacity = 65535, Halyon::IHynThreadManager* manager = nullptr)
+{
+    WorkerPtr worker = new Halyon::CHynWorkerThread(capacity);
+    int started = 0;
+    EXPECT_EQ(worker->Start(manager, &started), Halyon::HYN_S_OK);
+    EXPECT_EQ(started, 1);
+    return worker;
+}
+
+// Every test ends with the counts of parameters and handlers where they began.
+class ThreadTest : public testing::Test
+{
+protected:
+    void TearDown() override
+    {
+        EXPECT_EQ(Param::Alive(), 0);
+        EXPECT_EQ(Handler::Alive(), 0);
+    }
+};
 } // namespace HalyonTest

@@ -18,18 +18,10 @@ namespace
 {
 constexpr std::uint32_t kEvent = 7;
 
-using WorkerPtr = CHynAutoPtr<CHynWorkerThread>;
-
-class ThreadManager : public testing::Test
+class ThreadManager : public ThreadTest
 {
 protected:
-    WorkerPtr StartedWorker()
-    {
-        WorkerPtr worker = new CHynWorkerThread;
-        int started = 0;
-        EXPECT_EQ(worker->Start(manager, &started), HYN_S_OK);
-        return worker;
-    }
+    WorkerPtr ManagedWorker() { return StartedWorker(65535, manager); }
     HynResult Post(std::uint32_t eventID, std::uint32_t threadID, std::uint32_t number = 0)
     {
         return manager->PostEvent(eventID, number, 0, nullptr, threadID, nullptr);
@@ -39,8 +31,7 @@ protected:
         EXPECT_EQ(References(manager.operator->()), 1u);
         manager->UnRegisterAll();
         manager = nullptr;
-        EXPECT_EQ(Param::Alive(), 0);
-        EXPECT_EQ(Handler::Alive(), 0);
+        ThreadTest::TearDown();
     }
 
     CHynAutoPtr<CHynThreadManager> manager = new CHynThreadManager;
@@ -101,7 +92,7 @@ TEST_F(ThreadManager, TheFirstThreadUnderAnIdentifierStays)
 TEST_F(ThreadManager, ReservedIdentifiersMeanTheCallersThreadOnAWorker)
 {
     manager->InitMainThread(nullptr);
-    const WorkerPtr worker = StartedWorker();
+    const WorkerPtr worker = ManagedWorker();
     HynResult sentHere = HYN_E_FAIL;
     HynResult sentToMain = HYN_S_OK;
     HynResult postedHere = HYN_E_FAIL;
@@ -109,7 +100,7 @@ TEST_F(ThreadManager, ReservedIdentifiersMeanTheCallersThreadOnAWorker)
     nested->answer = 77;
     const HandlerPtr handler =
         MakeHandler(kEvent,
-                    [&](std::uint32_t, std::int32_t, IHynEventParam*)
+                    [&](auto...)
                     {
                         manager->RegisterHandler(nested, nullptr);
                         sentHere = manager->SendEvent(kEvent + 1, 0, 0, nullptr, kHynCurrentThreadID, nullptr);
@@ -157,7 +148,7 @@ TEST_F(ThreadManager, TheMainThreadHandlesOneEventATickInOrder)
     std::vector<int> ticks;
     std::vector<Clock::time_point> times;
     const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t number, std::int32_t, IHynEventParam*)
+                                           [&](std::uint32_t number, auto...)
                                            {
                                                ticks.push_back(s_ticks);
                                                times.push_back(Clock::now());
@@ -176,9 +167,7 @@ TEST_F(ThreadManager, TheMainThreadHandlesOneEventATickInOrder)
     RunApplicationEventLoop();
     RemoveEventLoopTimer(counter);
 
-    ASSERT_EQ(handler->calls.size(), 10u);
-    for (std::uint32_t number = 0; number < 10; ++number)
-        EXPECT_EQ(handler->calls[number].uParam, number);
+    ASSERT_EQ(Numbers(*handler), (std::vector<std::uint32_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
     EXPECT_GE(ticks.back() - ticks.front(), 8) << "ten events take ten ticks";
     EXPECT_GE(times.back() - times.front(), std::chrono::milliseconds(80));
     EXPECT_EQ(manager->SendEvent(kEvent, 99, 0, nullptr, kHynCurrentThreadID, nullptr), HYN_S_OK);
@@ -193,11 +182,9 @@ TEST_F(ThreadManager, AQuitBeforeTheLoopRunsEndsItAtOnceAndOnlyOnce)
     RunApplicationEventLoop();
 
     // The next run goes on until its own quit, which a worker posts.
-    const WorkerPtr worker = StartedWorker();
-    const HandlerPtr onMain = MakeHandler(kEvent, [&](std::uint32_t, std::int32_t, IHynEventParam*)
-                                          { Post(kEvent + 1, worker->GetThreadID()); });
-    const HandlerPtr onWorker =
-        MakeHandler(kEvent + 1, [&](std::uint32_t, std::int32_t, IHynEventParam*) { Post(0, kHynMainThreadID); });
+    const WorkerPtr worker = ManagedWorker();
+    const HandlerPtr onMain = MakeHandler(kEvent, [&](auto...) { Post(kEvent + 1, worker->GetThreadID()); });
+    const HandlerPtr onWorker = MakeHandler(kEvent + 1, [&](auto...) { Post(0, kHynMainThreadID); });
     manager->RegisterHandler(onMain, nullptr);
     worker->RegisterHandler(onWorker, nullptr);
     Post(kEvent, kHynMainThreadID);
@@ -209,7 +196,7 @@ TEST_F(ThreadManager, AQuitBeforeTheLoopRunsEndsItAtOnceAndOnlyOnce)
 TEST_F(ThreadManager, ForgettingAllThreadsKeepsTheMainIdentifierButNoThread)
 {
     manager->InitMainThread(nullptr);
-    WorkerPtr worker = StartedWorker();
+    WorkerPtr worker = ManagedWorker();
     const HandlerPtr handler = MakeHandler(kEvent);
     worker->RegisterHandler(handler, nullptr);
     CHynWorkerThread* raw = worker;
@@ -222,18 +209,11 @@ TEST_F(ThreadManager, ForgettingAllThreadsKeepsTheMainIdentifierButNoThread)
 
 TEST_F(ThreadManager, ClearsAndRemovesPendingEventsOfItsThreads)
 {
-    const WorkerPtr worker = StartedWorker();
-    Gate inside;
-    Gate gate;
-    const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t, std::int32_t, IHynEventParam*)
-                                           {
-                                               inside.Open();
-                                               gate.Pass();
-                                           });
-    worker->RegisterHandler(handler, nullptr);
+    const WorkerPtr worker = ManagedWorker();
+    Blocker blocker(kEvent);
+    worker->RegisterHandler(blocker.handler, nullptr);
     Post(kEvent, worker->GetThreadID());
-    inside.Pass();
+    blocker.inside.Pass();
     for (const std::uint32_t id : {kEvent, kEvent + 1})
         manager->PostEvent(id, 1, 0, ParamPtr(new Param), worker->GetThreadID(), nullptr);
     std::uint32_t ids[] = {kEvent + 1};
@@ -241,7 +221,7 @@ TEST_F(ThreadManager, ClearsAndRemovesPendingEventsOfItsThreads)
     EXPECT_EQ(Param::Alive(), 1);
     manager->ClearAllEvents();
     EXPECT_EQ(Param::Alive(), 0);
-    gate.Open();
+    blocker.gate.Open();
     worker->Stop();
-    EXPECT_EQ(handler->calls.size(), 1u);
+    EXPECT_EQ(blocker.handler->calls.size(), 1u);
 }

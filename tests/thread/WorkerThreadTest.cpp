@@ -18,17 +18,7 @@ namespace
 constexpr std::uint32_t kEvent = 7;
 int g_receiver;
 
-using WorkerPtr = CHynAutoPtr<CHynWorkerThread>;
 using ManagerPtr = CHynAutoPtr<CHynThreadManager>;
-
-WorkerPtr StartedWorker(std::int32_t capacity = 65535, IHynThreadManager* manager = nullptr)
-{
-    WorkerPtr worker = new CHynWorkerThread(capacity);
-    int started = 0;
-    EXPECT_EQ(worker->Start(manager, &started), HYN_S_OK);
-    EXPECT_EQ(started, 1);
-    return worker;
-}
 
 // Records where its ends are run.
 class Recorder : public CHynThread
@@ -55,15 +45,13 @@ public:
     HynResult foundAtInit = HYN_E_FAIL;
 };
 
-class Worker : public testing::Test
+using Worker = ThreadTest;
+
+// Posts an event that is told by its number, with a parameter of its own.
+HynResult Post(CHynWorkerThread* worker, std::uint32_t number = 0)
 {
-protected:
-    void TearDown() override
-    {
-        EXPECT_EQ(Param::Alive(), 0);
-        EXPECT_EQ(Handler::Alive(), 0);
-    }
-};
+    return worker->PostEvent(kEvent, number, 0, ParamPtr(new Param(number)), nullptr);
+}
 } // namespace
 
 TEST_F(Worker, AnswersEachFailureWithItsCode)
@@ -145,7 +133,7 @@ TEST_F(Worker, HandlesEventsInOrderOnItsThreadAndSendsAtOnceOnlyThere)
     const HandlerPtr sent = MakeHandler(kEvent + 1);
     sent->answer = 42;
     const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t, std::int32_t, IHynEventParam*)
+                                           [&](auto...)
                                            {
                                                handledOn = HynGetCurrentThreadID();
                                                sendResult = worker->SendEvent(kEvent + 1, 5, 6, nullptr, nullptr);
@@ -169,14 +157,8 @@ TEST_F(Worker, HandlesEventsInOrderOnItsThreadAndSendsAtOnceOnlyThere)
 TEST_F(Worker, DrainsABurstPerWakeUpAndTheFrontFlagOvertakes)
 {
     const WorkerPtr worker = StartedWorker();
-    Gate gate;
-    const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t number, std::int32_t, IHynEventParam*)
-                                           {
-                                               if (number == 0)
-                                                   gate.Pass();
-                                           });
-    worker->RegisterHandler(handler, nullptr);
+    Blocker blocker(kEvent);
+    worker->RegisterHandler(blocker.handler, nullptr);
     worker->PostEvent(kEvent, 0, 0, nullptr, nullptr);
     // Event 0 may be handled before the others come or wait with them; 100 overtakes 1 and 2 in any case.
     while (worker->IsBusy() == 0)
@@ -184,89 +166,62 @@ TEST_F(Worker, DrainsABurstPerWakeUpAndTheFrontFlagOvertakes)
     worker->PostEventEx(kEvent, 1, 0, nullptr, nullptr, 0);
     worker->PostEventEx(kEvent, 2, 0, nullptr, nullptr, 0);
     worker->PostEventEx(kEvent, 100, 0, nullptr, nullptr, 1);
-    gate.Open();
-    handler->called.WaitFor(4);
+    blocker.gate.Open();
+    blocker.handler->called.WaitFor(4);
     worker->Stop();
-    const std::vector<Call> expected{{0, 0, nullptr}, {100, 0, nullptr}, {1, 0, nullptr}, {2, 0, nullptr}};
-    EXPECT_EQ(handler->calls, expected);
+    EXPECT_EQ(Numbers(*blocker.handler), (std::vector<std::uint32_t>{0, 100, 1, 2}));
     EXPECT_EQ(worker->IsBusy(), 0);
 }
 
 TEST_F(Worker, AFullQueueLosesEventsWithoutAWord)
 {
     const WorkerPtr worker = StartedWorker(3);
-    Gate inside;
-    Gate gate;
-    const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t number, std::int32_t, IHynEventParam*)
-                                           {
-                                               if (number == 0)
-                                               {
-                                                   inside.Open();
-                                                   gate.Pass();
-                                               }
-                                           });
-    worker->RegisterHandler(handler, nullptr);
+    Blocker blocker(kEvent);
+    worker->RegisterHandler(blocker.handler, nullptr);
     worker->PostEvent(kEvent, 0, 0, nullptr, nullptr);
-    inside.Pass();
+    blocker.inside.Pass();
     for (std::uint32_t number = 1; number <= 10; ++number)
-        EXPECT_EQ(worker->PostEvent(kEvent, number, 0, ParamPtr(new Param), nullptr), HYN_S_OK);
+        EXPECT_EQ(Post(worker, number), HYN_S_OK);
     EXPECT_EQ(Param::Alive(), 3);
-    gate.Open();
-    handler->called.WaitFor(4);
+    blocker.gate.Open();
+    blocker.handler->called.WaitFor(4);
     worker->Stop();
-    EXPECT_EQ(handler->calls.size(), 4u);
+    EXPECT_EQ(blocker.handler->calls.size(), 4u);
 }
 
 TEST_F(Worker, StopFinishesTheRunningEventAndDropsThePendingOnes)
 {
     const WorkerPtr worker = StartedWorker();
-    Gate inside;
-    Gate gate;
-    const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t, std::int32_t, IHynEventParam*)
-                                           {
-                                               inside.Open();
-                                               gate.Pass();
-                                           });
-    worker->RegisterHandler(handler, nullptr);
+    Blocker blocker(kEvent);
+    worker->RegisterHandler(blocker.handler, nullptr);
     for (int i = 0; i < 5; ++i)
-        worker->PostEvent(kEvent, 0, 0, ParamPtr(new Param), nullptr);
-    inside.Pass();
+        Post(worker);
+    blocker.inside.Pass();
     std::thread stopper([&] { worker->Stop(); });
     while (worker->CheckExitFlag() == 0)
         std::this_thread::yield();
-    EXPECT_EQ(worker->PostEvent(kEvent, 9, 0, nullptr, nullptr), HYN_E_THREADNOTRUNNING);
-    gate.Open();
+    EXPECT_EQ(Post(worker), HYN_E_THREADNOTRUNNING);
+    blocker.gate.Open();
     stopper.join();
-    EXPECT_EQ(handler->calls.size(), 1u);
+    EXPECT_EQ(blocker.handler->calls.size(), 1u);
     EXPECT_EQ(Param::Alive(), 0);
 }
 
 TEST_F(Worker, ASecondStartLeavesItDeafAndStopStillWaits)
 {
     WorkerPtr worker = StartedWorker();
-    Gate inside;
-    Gate gate;
-    std::atomic<bool> left{false};
-    const HandlerPtr handler = MakeHandler(kEvent,
-                                           [&](std::uint32_t, std::int32_t, IHynEventParam*)
-                                           {
-                                               inside.Open();
-                                               gate.Pass();
-                                               left = true;
-                                           });
-    worker->RegisterHandler(handler, nullptr);
-    worker->PostEvent(kEvent, 0, 0, nullptr, nullptr);
-    inside.Pass();
+    Blocker blocker(kEvent);
+    worker->RegisterHandler(blocker.handler, nullptr);
+    Post(worker);
+    blocker.inside.Pass();
     int started = 1;
     EXPECT_EQ(worker->Start(nullptr, &started), HYN_E_THREADRUNNING);
     EXPECT_EQ(started, 0);
     EXPECT_EQ(worker->SetPriority(50), HYN_E_FAIL) << "the thread's reference is gone";
-    EXPECT_EQ(worker->PostEvent(kEvent, 1, 0, ParamPtr(new Param), nullptr), HYN_S_OK);
-    std::thread opener([&] { gate.Open(); });
+    EXPECT_EQ(Post(worker), HYN_S_OK);
+    std::thread opener([&] { blocker.gate.Open(); });
     worker->Stop();
-    EXPECT_TRUE(left);
+    EXPECT_GE(blocker.handler->called.Get(), 1);
     opener.join();
 
     ASSERT_EQ(worker->Start(nullptr, &started), HYN_S_OK) << "a stopped worker can be started anew";
@@ -342,7 +297,7 @@ TEST_F(Worker, SurvivesAThousandStopsThatRaceWithPosts)
         {
             while (!done)
             {
-                const HynResult result = worker->PostEvent(kEvent, 0, 0, ParamPtr(new Param), nullptr);
+                const HynResult result = Post(worker);
                 EXPECT_TRUE(result == HYN_S_OK || result == HYN_E_THREADNOTRUNNING);
             }
         });
