@@ -6,7 +6,6 @@
 #include <halyon/database/CHynSQColumnNames.h>
 
 #include "tests/database/DatabaseTest.h"
-#include "tests/support/Allocations.h"
 
 using namespace HalyonTest;
 
@@ -96,21 +95,6 @@ TEST_F(ColumnNames, AreRightForAnyNumberOfColumns)
         }
         sql += CTovStringW::FromUTF8(", 0 AS c" + std::to_string(columns)).View();
     }
-}
-
-TEST_F(ColumnNames, AreRightWithoutMemoryToLearnIn)
-{
-    Prepare(u"SELECT 1 AS one, 2 AS two, 3 AS Two");
-    for (int nth = 1;; ++nth)
-    {
-        m_names.Forget();
-        const FailAllocation guard(nth);
-        ASSERT_EQ(Find(u"TWO"), 1) << nth;
-        ASSERT_EQ(Find(u"three"), -1) << nth;
-        if (!FailAllocation::HasFailed())
-            break;
-    }
-    EXPECT_EQ(Find(u"two"), 1);
 }
 
 TEST_F(ColumnNames, OfAStatementWithoutColumnsAreNone)

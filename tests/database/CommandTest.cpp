@@ -1,9 +1,6 @@
 // Preparing, binding and executing.
 
 #include <climits>
-#include <cstring>
-
-#include <halyon/tools/CHynPubTools.h>
 
 #include "tests/database/DatabaseTest.h"
 
@@ -65,28 +62,15 @@ TEST_F(Command, WorksOnlyWithAConnection)
     EXPECT_EQ(recordSet->GetFieldCount(), 0);
 }
 
-TEST_F(Command, StoresEachTypeAsTheEngineHasIt)
+TEST_F(Command, RefusesValuesThatAreNotThereButAMoment)
 {
-    ASSERT_EQ(Run(u"CREATE TABLE t (i, u, l, d, s, e, m, n, b)"), HYN_S_OK);
-    CHynPubTools::ConvertToFileTime(&m_moment, -1.5);
-    const CHynAutoPtr<CHynSQCommand> command = Prepare(u"INSERT INTO t VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    command->BindFieldValue(0, std::int32_t{INT_MIN});
-    command->BindFieldValue(1, std::uint32_t{0xFFFFFFFF});
-    command->BindFieldValue(2, LLONG_MIN);
-    command->BindFieldValue(3, 1e300);
-    command->BindFieldValue(4, u"gr\u00fc\U0001F422");
-    command->BindFieldValue(5, u"");
-    command->BindFieldValue(6, &m_moment);
-    command->BindFieldValue(7, static_cast<FILETIME*>(nullptr));
-    command->BindFieldValue(8, m_blob, sizeof m_blob);
-    EXPECT_EQ(command->BindFieldValue(8, static_cast<const char16_t*>(nullptr)), HYN_E_FAIL);
-    EXPECT_EQ(command->BindFieldValue(8, nullptr, 3), HYN_E_FAIL);
-    EXPECT_EQ(command->BindFieldValue(8, m_blob, 0), HYN_E_FAIL);
-    EXPECT_EQ(command->BindFieldValue(8, m_blob, 0x80000000u), HYN_E_FAIL);
-    ASSERT_EQ(command->ExecuteSQL(), HYN_S_OK);
-    EXPECT_EQ(Raw(Path()).Ask("SELECT i, u, typeof(u), l, d, s, typeof(e), length(e), m, n, typeof(n), hex(b) FROM t"),
-              "-2147483648 4294967295 integer -9223372036854775808 1.0e+300 gr\u00fc\U0001F422 text 0 -1.5 0.0 real "
-              "090008 ");
+    const CHynAutoPtr<CHynSQCommand> command = Prepare(u"SELECT typeof(?1) = 'real' AND ?1 = 0");
+    EXPECT_EQ(command->BindFieldValue(0, static_cast<FILETIME*>(nullptr)), HYN_S_OK);
+    EXPECT_EQ(command->BindFieldValue(0, static_cast<const char16_t*>(nullptr)), HYN_E_FAIL);
+    EXPECT_EQ(command->BindFieldValue(0, nullptr, 3), HYN_E_FAIL);
+    EXPECT_EQ(command->BindFieldValue(0, m_blob, 0), HYN_E_FAIL);
+    EXPECT_EQ(command->BindFieldValue(0, m_blob, 0x80000000u), HYN_E_FAIL);
+    EXPECT_EQ(Read<int>(Open(command), 0), 1);
 }
 
 TEST_F(Command, RefusesWhatIsTooLongForTheEngine)

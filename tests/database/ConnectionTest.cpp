@@ -6,11 +6,9 @@
 #include <thread>
 #include <vector>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "tests/database/DatabaseTest.h"
-#include "tests/support/Allocations.h"
+#include "tests/support/InChild.h"
+#include "tests/support/Threads.h"
 
 using namespace HalyonTest;
 
@@ -71,7 +69,7 @@ TEST_F(Connection, FailedOpenIsRememberedUntilDisConnect)
     const long long before = sqlite3_memory_used();
     EXPECT_EQ(m_connection->Connect(path.c_str(), u"a", u"b"), HYN_E_FAIL);
     EXPECT_EQ(sqlite3_memory_used(), before) << "the engine's half-made handle is closed";
-    std::filesystem::create_directory(m_folder / "missing");
+    std::filesystem::create_directory(m_folder.Path() / "missing");
     EXPECT_EQ(m_connection->Connect(u"x", u"a", u"y"), HYN_S_OK);
     EXPECT_EQ(m_connection->Connect(u"x", u"x", u"x"), HYN_E_FAIL);
     IHynSQCommand* command = nullptr;
@@ -116,23 +114,27 @@ TEST_F(ConnectedConnection, KeepsItsPathAfterDisConnect)
     EXPECT_EQ(Run(u"SELECT * FROM t"), HYN_E_FAIL) << "another database now";
 }
 
-TEST_F(ConnectedConnection, DisConnectLeavesALiveStatementItsHandle)
+TEST_F(ConnectedConnection, ALiveStatementKeepsItsHandleAlsoWithoutTheConnection)
 {
-    CHynAutoPtr<CHynSQRecordSet> recordSet = Open(u"VALUES (1), (2)");
-    ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
-    EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
-    EXPECT_EQ(Descriptors(Path()), 1);
-    long long value = 0;
-    EXPECT_EQ(recordSet->Next(), HYN_S_OK);
-    EXPECT_EQ(recordSet->GetFieldValue(0, &value), HYN_S_OK);
-    EXPECT_EQ(value, 2);
-    recordSet = nullptr;
-    EXPECT_EQ(Descriptors(Path()), 0) << "goes with its last statement";
+    for (const bool disconnects : {true, false})
+    {
+        CHynAutoPtr<CHynSQRecordSet> recordSet = Open(u"VALUES (1), (2)");
+        ASSERT_EQ(Run(u"CREATE TABLE IF NOT EXISTS t (x)"), HYN_S_OK);
+        if (disconnects)
+            EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
+        else
+            m_connection = nullptr;
+        EXPECT_EQ(Descriptors(Path()), 1);
+        EXPECT_EQ(recordSet->Next(), HYN_S_OK);
+        EXPECT_EQ(Read<int>(recordSet, 0), 2);
+        recordSet = nullptr;
+        EXPECT_EQ(Descriptors(Path()), 0) << "goes with its last statement";
+    }
 }
 
 TEST_F(ConnectedConnection, DisConnectClosesAllHandlesInTheOrderOfTheirThreads)
 {
-    constexpr int kThreads = 5;
+    constexpr std::size_t kThreads = 5;
     std::barrier allOpen(kThreads);
     std::vector<sqlite3*> handles;
     std::vector<std::pair<std::uint32_t, sqlite3*>> byThread;
@@ -154,18 +156,13 @@ TEST_F(ConnectedConnection, DisConnectClosesAllHandlesInTheOrderOfTheirThreads)
         byThread.emplace_back(GetCurrentTovThreadID(), handle);
     };
     open();
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (int i = 0; i < kThreads; ++i)
-        threads.emplace_back(
-            [&]
-            {
-                EXPECT_EQ(m_connection->Connect(u"?", u"SECOND", u"?"), HYN_S_OK);
-                open();
-                allOpen.arrive_and_wait();
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+    HalyonTest::OnThreads(kThreads,
+                          [&](std::size_t)
+                          {
+                              EXPECT_EQ(m_connection->Connect(u"?", u"SECOND", u"?"), HYN_S_OK);
+                              open();
+                              allOpen.arrive_and_wait();
+                          });
     std::sort(byThread.begin(), byThread.end());
     EXPECT_EQ(m_connection->DisConnect(), HYN_S_OK);
     ASSERT_EQ(handles.size(), byThread.size());
@@ -274,18 +271,6 @@ TEST_F(ConnectedConnection, OneShotStatementsReportTheFirstFailure)
     EXPECT_EQ(m_connection->CreateCommand(nullptr), HYN_E_FAIL);
 }
 
-TEST_F(ConnectedConnection, LivesAsLongAsItsRecordSets)
-{
-    CHynAutoPtr<CHynSQRecordSet> recordSet = Open(u"SELECT 42");
-    m_connection = nullptr;
-    int value = 0;
-    EXPECT_EQ(recordSet->GetFieldValue(0, &value), HYN_S_OK);
-    EXPECT_EQ(value, 42);
-    EXPECT_EQ(Descriptors(Path()), 1);
-    recordSet = nullptr;
-    EXPECT_EQ(Descriptors(Path()), 0);
-}
-
 TEST_F(ConnectedConnection, ForkedChildLeavesTheParentsHandlesAndStatementsAlone)
 {
     ASSERT_EQ(Run(u"CREATE TABLE t (x)"), HYN_S_OK);
@@ -294,30 +279,29 @@ TEST_F(ConnectedConnection, ForkedChildLeavesTheParentsHandlesAndStatementsAlone
     sqlite3* const handle = m_connection->GetSQdb();
     const CHynAutoPtr<CHynSQConnection> idle = new CHynSQConnection;
     ASSERT_EQ(idle->Connect(Path("idle.db").c_str(), u"", u""), HYN_S_OK);
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        // Each line that does not hold gets a bit in the exit status.
-        int wrong = 0;
-        wrong |= recordSet->Next() == HYN_E_FAIL && recordSet->GetFieldCount() == 0 ? 0 : 1;
-        wrong |= command->BindFieldValue(0, 1) == HYN_E_FAIL && command->ExecuteSQL() == HYN_E_FAIL ? 0 : 2;
-        wrong |= m_connection->GetSQdb() != handle && m_connection->GetSQdb() != nullptr ? 0 : 4;
-        wrong |= Run(u"INSERT INTO t VALUES (11)") == HYN_S_OK ? 0 : 8;
-        wrong |= command->PrepareSQL(u"INSERT INTO t VALUES (12)") == HYN_S_OK ? 0 : 16;
-        wrong |= command->ExecuteSQL() == HYN_S_OK && recordSet->Next() == HYN_S_FALSE ? 0 : 32;
-        recordSet = nullptr;
-        command = nullptr;
-        wrong |= m_connection->DisConnect() == HYN_S_OK && Descriptors(Path()) == 1 ? 0 : 64;
-        wrong |= idle->DisConnect() == HYN_S_OK && Descriptors(Path("idle.db")) == 1 ? 0 : 128;
-        _exit(wrong);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-    int value = 0;
+    const std::string wrong = HalyonTest::InChild(
+        [&]
+        {
+            std::string text;
+            const auto expect = [&](bool holds, const char* what)
+            {
+                text += holds ? "" : std::string(what) + " ";
+            };
+            expect(recordSet->Next() == HYN_E_FAIL && recordSet->GetFieldCount() == 0, "rows");
+            expect(command->BindFieldValue(0, 1) == HYN_E_FAIL && command->ExecuteSQL() == HYN_E_FAIL, "command");
+            expect(m_connection->GetSQdb() != handle && m_connection->GetSQdb() != nullptr, "handle");
+            expect(Run(u"INSERT INTO t VALUES (11)") == HYN_S_OK, "statement");
+            expect(command->PrepareSQL(u"INSERT INTO t VALUES (12)") == HYN_S_OK, "preparation");
+            expect(command->ExecuteSQL() == HYN_S_OK && recordSet->Next() == HYN_S_FALSE, "execution");
+            recordSet = nullptr;
+            command = nullptr;
+            expect(m_connection->DisConnect() == HYN_S_OK && Descriptors(Path()) == 1, "descriptor");
+            expect(idle->DisConnect() == HYN_S_OK && Descriptors(Path("idle.db")) == 1, "idle descriptor");
+            return text;
+        });
+    EXPECT_EQ(wrong, "");
     EXPECT_EQ(recordSet->Next(), HYN_S_OK);
-    EXPECT_EQ(recordSet->GetFieldValue(0, &value), HYN_S_OK);
-    EXPECT_EQ(value, 2);
+    EXPECT_EQ(Read<int>(recordSet, 0), 2);
     EXPECT_EQ(m_connection->GetSQdb(), handle);
     EXPECT_EQ(Number(u"SELECT sum(x) FROM t"), 11 + 12 + 12);
 }

@@ -2,7 +2,6 @@
 // independent view of that file, and sleeping that is counted instead of done.
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -16,6 +15,7 @@
 #include <halyon/framework/CHynAutoPtr.h>
 #include <halyon/platform/TovPCMac.h>
 
+#include "tests/support/TempFolder.h"
 #include "tests/support/Text.h"
 
 namespace HalyonTest
@@ -86,22 +86,22 @@ private:
     static inline std::function<void()> s_action;
 };
 
+// What the reader of the type gives of a column, which it must be able to read.
+template <class T, class Column>
+T Read(IHynSQRecordSet* rows, Column column)
+{
+    T value{};
+    EXPECT_EQ(rows->GetFieldValue(column, &value), HYN_S_OK);
+    return value;
+}
+
 class DatabaseTest : public testing::Test
 {
 protected:
-    DatabaseTest()
+    [[nodiscard]] std::u16string Path(const char* name = "test.db") const
     {
-        std::string folder = (std::filesystem::temp_directory_path() / "halyon-XXXXXX").string();
-        EXPECT_NE(mkdtemp(folder.data()), nullptr);
-        m_folder = folder;
+        return (m_folder.Path() / name).u16string();
     }
-    ~DatabaseTest() override
-    {
-        m_connection = nullptr;
-        std::filesystem::remove_all(m_folder);
-    }
-
-    [[nodiscard]] std::u16string Path(const char* name = "test.db") const { return (m_folder / name).u16string(); }
 
     HynResult Connect() { return m_connection->Connect(Path().c_str(), u"second", u"third"); }
 
@@ -126,14 +126,9 @@ protected:
     HynResult Run(const char16_t* sql) { return m_connection->ExecuteSQL(sql); }
 
     // The first value of the first row, through the connection under test.
-    long long Number(const char16_t* sql)
-    {
-        long long value = -1;
-        EXPECT_EQ(Open(sql)->GetFieldValue(0, &value), HYN_S_OK);
-        return value;
-    }
+    long long Number(const char16_t* sql) { return Read<long long>(Open(sql), 0); }
 
-    std::filesystem::path m_folder;
+    const TempFolder m_folder;
     CHynAutoPtr<CHynSQConnection> m_connection = new CHynSQConnection;
 };
 

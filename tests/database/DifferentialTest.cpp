@@ -54,7 +54,9 @@ protected:
         case 5:
         {
             FILETIME moment{};
-            CHynPubTools::ConvertToFileTime(&moment, static_cast<double>(Pick(1ULL << 50)) / 65536);
+            // From the first moment on, to beyond what a double keeps whole.
+            const double seconds = static_cast<double>(Pick(1ULL << 53)) / 65536 - 3061152000.0;
+            CHynPubTools::ConvertToFileTime(&moment, seconds);
             return moment;
         }
         case 6:
@@ -124,21 +126,12 @@ bool IsStored(sqlite3_stmt* row, int column, const Value& value)
 template <class Column>
 void ExpectSame(IHynSQRecordSet* mine, Column column, sqlite3_stmt* row, int index)
 {
-    std::int32_t i = 0;
-    std::uint32_t u = 0;
-    long long l = 0;
-    double d = 0;
-    FILETIME moment{};
+    EXPECT_EQ(Read<std::int32_t>(mine, column), sqlite3_column_int(row, index));
+    EXPECT_EQ(Read<long long>(mine, column), sqlite3_column_int64(row, index));
+    EXPECT_EQ(Read<std::uint32_t>(mine, column), static_cast<std::uint32_t>(sqlite3_column_int64(row, index)));
+    EXPECT_EQ(Read<double>(mine, column), sqlite3_column_double(row, index));
+    const auto moment = Read<FILETIME>(mine, column);
     FILETIME expected{};
-    ASSERT_EQ(mine->GetFieldValue(column, &i), HYN_S_OK);
-    ASSERT_EQ(mine->GetFieldValue(column, &u), HYN_S_OK);
-    ASSERT_EQ(mine->GetFieldValue(column, &l), HYN_S_OK);
-    ASSERT_EQ(mine->GetFieldValue(column, &d), HYN_S_OK);
-    ASSERT_EQ(mine->GetFieldValue(column, &moment), HYN_S_OK);
-    EXPECT_EQ(i, sqlite3_column_int(row, index));
-    EXPECT_EQ(l, sqlite3_column_int64(row, index));
-    EXPECT_EQ(u, static_cast<std::uint32_t>(sqlite3_column_int64(row, index)));
-    EXPECT_EQ(d, sqlite3_column_double(row, index));
     CHynPubTools::ConvertToFileTime(&expected, sqlite3_column_double(row, index));
     EXPECT_EQ(std::memcmp(&moment, &expected, sizeof moment), 0);
 

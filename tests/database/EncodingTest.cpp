@@ -3,12 +3,11 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 #include <halyon/tools/CHynPubTools.h>
 
 #include "tests/database/DatabaseTest.h"
+#include "tests/support/Command.h"
 
 using namespace HalyonTest;
 
@@ -50,27 +49,16 @@ protected:
         ASSERT_EQ(row->IsEof(), 0);
         char16_t text[20] = {};
         std::uint32_t room = 20;
-        long long number = 0;
-        double real = 0;
-        std::array<unsigned char, 4> bytes{};
-        std::uint32_t size = 4;
-        FILETIME moment{};
         EXPECT_EQ(row->GetFieldValue(0, text, &room), HYN_S_OK);
         EXPECT_EQ(U8(text), U8(kText));
-        EXPECT_EQ(row->GetFieldValue(1, &number), HYN_S_OK);
-        EXPECT_EQ(number, kNumber);
-        EXPECT_EQ(row->GetFieldValue(2, &real), HYN_S_OK);
-        EXPECT_EQ(real, kReal);
+        EXPECT_EQ(HalyonTest::Read<long long>(row, 1), kNumber);
+        EXPECT_EQ(HalyonTest::Read<double>(row, 2), kReal);
+        std::array<unsigned char, 4> bytes{};
+        std::uint32_t size = 4;
         EXPECT_EQ(row->GetFieldValue(3, static_cast<void*>(bytes.data()), &size), HYN_S_OK);
         EXPECT_EQ(bytes, kBytes);
-        EXPECT_EQ(row->GetFieldValue(4, &moment), HYN_S_OK);
+        const auto moment = HalyonTest::Read<FILETIME>(row, 4);
         EXPECT_EQ(CHynPubTools::ConvertFromFileTime(&moment), kMoment);
-    }
-
-    [[nodiscard]] bool FileHolds(std::string_view bytes) const
-    {
-        std::ifstream file(m_folder / "test.db", std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {}).find(bytes) != std::string::npos;
     }
 };
 
@@ -92,14 +80,14 @@ TEST_P(EncodingTable, ReadsTheSameOnEveryMachine)
     const Order& order = GetParam();
     if (order.pragma == nullptr)
         std::filesystem::copy_file(std::filesystem::path(HYN_WRITTEN_ON) / (std::string(order.name) + ".db"),
-                                   m_folder / "test.db");
+                                   m_folder.Path() / "test.db");
     else
         Write(order.pragma);
     // To keep what this machine wrote as a file for the others: a path in the environment.
     if (const char* keep = std::getenv("HYN_KEEP_WRITTEN"); keep != nullptr && std::string_view(order.name) == "own")
-        std::filesystem::copy_file(m_folder / "test.db", keep);
+        std::filesystem::copy_file(m_folder.Path() / "test.db", keep);
 
-    EXPECT_TRUE(FileHolds(order.wave));
+    EXPECT_NE(ContentOf(m_folder.Path() / "test.db").find(order.wave), std::string::npos);
     m_connection = new CHynSQConnection;
     ASSERT_EQ(Connect(), HYN_S_OK);
     Read();
