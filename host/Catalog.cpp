@@ -225,8 +225,11 @@ void Catalog::Create()
     // stored, it is no part of the transaction.
     m_database.execute(u"PRAGMA encoding = 'UTF-8'");
     Transaction transaction(m_database);
-    // Another program may have been faster, and a database with tables of its own is none of ours.
-    if (Number(m_database, u"SELECT count(*) FROM sqlite_master") == 0)
+    // Another program may have been faster, and a database with tables of its own is none of ours. A statement that was
+    // prepared by what the engine knew of the tables before fails and has it learn anew.
+    constexpr const char16_t* kCountTables = u"SELECT count(*) FROM sqlite_master";
+    static_cast<void>(m_database.try_execute(kCountTables));
+    if (Number(m_database, kCountTables) == 0)
     {
         for (const char16_t* sql : kSchema)
             m_database.execute(sql);

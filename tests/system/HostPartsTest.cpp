@@ -1,5 +1,6 @@
 // What journeys of the host cannot reach: odd dates of cameras, odd headers of films, narrow terminals, and files that
 // shrink while they are looked at.
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +23,7 @@
 #include <host/Progress.h>
 #include <host/VideoFacts.h>
 
+#include <tests/support/Asleep.h>
 #include <tests/support/Environment.h>
 #include <tests/support/TempFolder.h>
 
@@ -185,6 +187,32 @@ TEST(HostCatalog, IsWrittenOnEveryThreadSoThatAPowerCutTakesNothingBack)
             EXPECT_EQ(catalog.GetDatabase().query(u"PRAGMA synchronous").row().get<std::int32_t>(0), 3);
         })
         .join();
+}
+
+TEST(HostCatalog, IsTakenAsItIsWhenAnotherProgramMakesItMeanwhile)
+{
+    const HalyonTest::TempFolder folder;
+    HalyonTest::Environment environment;
+    environment.Set("HALYON_MODULE", HYNSQ_MODULE);
+    HynHost::Catalog model(folder.Path() / "model.db", HynHost::Catalog::Mode::Create);
+    HynHost::Database maker(folder.Path() / "catalog.db");
+    maker.execute(u"PRAGMA encoding = 'UTF-8'");
+    maker.execute(u"BEGIN IMMEDIATE");
+    std::atomic<std::uint32_t> threadID{0};
+    std::thread late(
+        [&]
+        {
+            threadID = GetCurrentTovThreadID();
+            EXPECT_NO_THROW(HynHost::Catalog(folder.Path() / "catalog.db", HynHost::Catalog::Mode::Create));
+        });
+    HalyonTest::UntilAsleep(threadID); // it waits for the lock
+    for (HynHost::Rows rows = model.GetDatabase().query(u"SELECT sql FROM sqlite_master WHERE sql IS NOT NULL");
+         !rows.at_end(); rows.next())
+        maker.execute(rows.row().get<std::u16string>(0));
+    for (const std::u16string pragma : {u"PRAGMA application_id", u"PRAGMA user_version"})
+        maker.execute(pragma + u" = " + model.GetDatabase().query(pragma).row().get<std::u16string>(0));
+    maker.execute(u"COMMIT");
+    late.join();
 }
 
 TEST(HostFileBytes, ALargeFileIsSeenWholeOrNotAtAll)
