@@ -31,12 +31,25 @@ constexpr std::uint32_t kAllRead = 6;  // writer to itself: behind the last job 
 constexpr auto kTellEvery = std::chrono::milliseconds(100);
 constexpr double kLookForInterruptSeconds = 0.05;
 
+constexpr std::uint32_t kWithoutMemoryMilliseconds = 10;
+
+void Require(Halyon::HynResult result)
+{
+    if (!HynSucceeded(result))
+        throw HostError("cannot start", "a thread", Halyon::HynResultName(result));
+}
+
 void Start(CHynWorkerThread& worker, Halyon::IHynThreadManager* manager)
 {
     int started = 0;
-    const Halyon::HynResult result = worker.Start(manager, &started);
-    if (!HynSucceeded(result))
-        throw HostError("cannot start", "a thread", Halyon::HynResultName(result));
+    Require(worker.Start(manager, &started));
+}
+
+// Posts again while there is no memory for it: whoever waits for the event cannot be told in another way.
+void Post(CHynWorkerThread& thread, std::uint32_t event, std::uint32_t uParam = 0, IHynEventParam* param = nullptr)
+{
+    while (thread.PostEvent(event, uParam, 0, param, nullptr) == Halyon::HYN_E_FAIL)
+        TovSleep(kWithoutMemoryMilliseconds);
 }
 } // namespace
 
@@ -44,13 +57,12 @@ void Start(CHynWorkerThread& worker, Halyon::IHynThreadManager* manager)
 class ImportPipeline::Reader : public CHynWorkerThread
 {
 public:
-    Reader(std::uint32_t number, Halyon::IHynThreadManager& manager, CHynWorkerThread& writer)
-        : CHynWorkerThread(static_cast<std::int32_t>(Importer::kMostJobs), "reader"), m_number(number),
-          m_manager(manager), m_writer(writer)
+    Reader(std::uint32_t number, CHynWorkerThread& writer)
+        : CHynWorkerThread(static_cast<std::int32_t>(Importer::kMostJobs), "reader"), m_number(number), m_writer(writer)
     {
-        RegisterHandler(new FunctionHandler(kReadFile, [this](std::uint32_t, IHynEventParam* param)
-                                            { Read(static_cast<Carried<FileJob>&>(*param)); }),
-                        nullptr);
+        Require(RegisterHandler(new FunctionHandler(kReadFile, [this](std::uint32_t, IHynEventParam* param)
+                                                    { Read(static_cast<Carried<FileJob>&>(*param)); }),
+                                nullptr));
     }
     ~Reader() override { CHynWorkerThread::Stop(); }
 
@@ -66,11 +78,10 @@ private:
         {
             facts.problem = error.what();
         }
-        m_manager.PostEvent(kFileRead, m_number, 0, &job, m_writer.GetThreadID(), nullptr);
+        Post(m_writer, kFileRead, m_number, &job);
     }
 
     std::uint32_t m_number;
-    Halyon::IHynThreadManager& m_manager;
     CHynWorkerThread& m_writer;
     Recogniser m_recogniser;
 };
@@ -108,7 +119,7 @@ ImportPipeline::ImportPipeline(Catalog& catalog, ImportScope scope, FolderWalk::
 {
     const auto onWriter = [this](std::uint32_t event, FunctionHandler::Function function)
     {
-        m_spWriter->RegisterHandler(new FunctionHandler(event, std::move(function)), nullptr);
+        Require(m_spWriter->RegisterHandler(new FunctionHandler(event, std::move(function)), nullptr));
     };
     onWriter(kBegin, [this](std::uint32_t, IHynEventParam*) { OnBegin(); });
     onWriter(kFileRead, [this](std::uint32_t reader, IHynEventParam* job)
@@ -117,7 +128,7 @@ ImportPipeline::ImportPipeline(Catalog& catalog, ImportScope scope, FolderWalk::
     onWriter(kAllRead, [this](std::uint32_t, IHynEventParam*) { OnAllRead(); });
     m_jobsOut.resize(readers);
     for (std::uint32_t number = 0; number < readers; ++number)
-        m_readers.emplace_back(new Reader(number, *m_spManager, *m_spWriter));
+        m_readers.emplace_back(new Reader(number, *m_spWriter));
 }
 
 // In this order nothing posts to a thread that has ended.
@@ -135,7 +146,7 @@ ImportReport ImportPipeline::Run()
     StartThreads();
     {
         const Ticker ticker(*m_spWriter);
-        m_spWriter->PostEvent(kBegin, 0, 0, nullptr, nullptr);
+        Post(*m_spWriter, kBegin);
         Halyon::RunApplicationEventLoop();
     }
     for (const CHynAutoPtr<Reader>& spReader : m_readers)
@@ -162,10 +173,10 @@ void ImportPipeline::CountFiles()
 
 void ImportPipeline::StartThreads()
 {
-    m_spManager->InitMainThread(nullptr);
-    m_spManager->RegisterHandler(
+    Require(m_spManager->InitMainThread(nullptr));
+    Require(m_spManager->RegisterHandler(
         new FunctionHandler(kProgress, [this](std::uint32_t done, IHynEventParam*) { m_progress.Update(done); }),
-        nullptr);
+        nullptr));
     Start(*m_spWriter, m_spManager);
     for (const CHynAutoPtr<Reader>& spReader : m_readers)
         Start(*spReader, m_spManager);
@@ -216,7 +227,7 @@ void ImportPipeline::HandOut(const FileJobPtr& spJob)
 {
     const auto least = std::min_element(m_jobsOut.begin(), m_jobsOut.end());
     ++*least;
-    m_readers[static_cast<std::size_t>(least - m_jobsOut.begin())]->PostEvent(kReadFile, 0, 0, spJob, nullptr);
+    Post(*m_readers[static_cast<std::size_t>(least - m_jobsOut.begin())], kReadFile, 0, spJob);
 }
 
 void ImportPipeline::OnRead(std::uint32_t reader, Carried<FileJob>& job)
@@ -240,7 +251,7 @@ void ImportPipeline::OnStop()
 {
     for (const CHynAutoPtr<Reader>& spReader : m_readers)
         spReader->Stop();
-    m_spWriter->PostEvent(kAllRead, 0, 0, nullptr, nullptr);
+    Post(*m_spWriter, kAllRead);
 }
 
 void ImportPipeline::OnAllRead()

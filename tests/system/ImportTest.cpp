@@ -87,6 +87,16 @@ TEST_F(ImportTest, TouchesOnlyWhatChanged)
     EXPECT_EQ(Query("SELECT count(*), sum(name = 'burst-4.jpg'), sum(folder LIKE '%Lisboa') FROM media"), "31,1,0\n");
 }
 
+#ifdef HALYON_SCARCE_MEMORY
+TEST_F(ImportTest, WaitsForMemoryWhenAFileCannotBeHandedOn)
+{
+    const HostOutcome outcome = Import(CopySamples(), {.environment = {{"LD_PRELOAD", HALYON_SCARCE_MEMORY}}});
+    EXPECT_TRUE(Shows(outcome.out, "37 new, 0 changed, 0 unchanged, 0 gone"));
+    EXPECT_FALSE(Shows(outcome.err, "refused: 0")) << "nothing was tried";
+    EXPECT_TRUE(Shows(outcome.err, "refused: "));
+}
+#endif
+
 TEST_F(ImportTest, OddFilesAreReportedAndNeverFatal)
 {
     const auto media = CopySamples({"2024-12 Merzouga/dunes.jpg", "2024-05 Alps/burst-1.jpg"});
