@@ -12,7 +12,7 @@ namespace Halyon
 // object of its own, one is made for the time. A quit that came before ends the loop as soon as it starts. [main]
 void RunApplicationEventLoop();
 
-// Ends the main event loop, the program's own too. [any]
+// Ends the main event loop, the program's own too. Without memory the next timer does. [any]
 void QuitApplicationEventLoop() noexcept;
 
 struct OpaqueEventLoop;

@@ -222,4 +222,22 @@ TEST(ThreadMemory, IsMissedWithTheStatedCodeAndNothingIsLost)
     FailEachAllocation("threads", kOperations);
     EXPECT_EQ(Param::Alive(), 0);
 }
+
+TEST(ThreadMemory, IsNotNeededToEndTheLoop)
+{
+    constexpr int kMostTicks = 500;
+    int ticks = 0;
+    EventLoopTimerRef timer = nullptr;
+    const auto tick = [](EventLoopTimerRef, void* pTicks)
+    {
+        const int number = ++*static_cast<int*>(pTicks);
+        const FailAllocation fail(number == 1 ? 1 : 1 << 30, true);
+        if (number == 1 || number == kMostTicks)
+            QuitApplicationEventLoop();
+    };
+    ASSERT_EQ(InstallEventLoopTimer(GetMainEventLoop(), 0.0, 0.001, tick, &ticks, &timer), noErr);
+    RunApplicationEventLoop();
+    RemoveEventLoopTimer(timer);
+    EXPECT_LT(ticks, kMostTicks);
+}
 } // namespace

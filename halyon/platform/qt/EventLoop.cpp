@@ -48,14 +48,25 @@ bool g_applicationLives HYN_GUARDED_BY(g_mutex) = false;
 bool g_quitRequested HYN_GUARDED_BY(g_mutex) = false;
 std::vector<OpaqueEventLoopTimer*> g_timers; // main thread only
 
+// Set when there was no memory to tell the loop of the request: the next timer does.
+std::atomic<bool> g_quitUntold{false};
+
 bool TakeQuitRequest() noexcept
 {
     const TovMutexLock lock(g_mutex);
     return std::exchange(g_quitRequested, false);
 }
 
+void QuitOnRequest()
+{
+    if (TakeQuitRequest())
+        QCoreApplication::quit();
+}
+
 void Fire(OpaqueEventLoopTimer* timer)
 {
+    if (g_quitUntold.exchange(false))
+        QuitOnRequest();
     if (timer->interval.count() == 0)
         timer->spTimer->stop();
     else if (timer->spTimer->intervalAsDuration() != timer->interval)
@@ -133,18 +144,11 @@ try
     g_quitRequested = true;
     // Queued, so that it reaches a loop which is about to run as well; the request itself decides.
     if (g_applicationLives)
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            []
-            {
-                if (TakeQuitRequest())
-                    QCoreApplication::quit();
-            },
-            Qt::QueuedConnection);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QuitOnRequest, Qt::QueuedConnection);
 }
 catch (const std::bad_alloc&)
 {
-    // The request stands, for the next time the loop starts.
+    g_quitUntold = true;
 }
 
 EventLoopRef GetMainEventLoop() noexcept
