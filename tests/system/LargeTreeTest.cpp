@@ -51,12 +51,11 @@ TEST_F(LargeTreeTest, IsImportedListedAndImportedAgain)
 TEST_F(LargeTreeTest, InterruptedImportLeavesAWholeCatalogueAndCompletesLater)
 {
     HostProcess process({"import", Tree().string(), "--catalog", Catalog()}, InZone({.terminalColumns = 80}));
-    ASSERT_TRUE(process.WaitFor(" of 20000")) << "the bar";
+    ASSERT_TRUE(process.WaitFor(" of 20000") && process.WaitFor(" left")) << "the bar: count, rate and time left";
     process.Type("\x03");
     const HostOutcome interrupted = process.Finish();
     EXPECT_EQ(interrupted.status, 130);
     EXPECT_TRUE(Shows(interrupted.out, "interrupted after "));
-    EXPECT_TRUE(Shows(interrupted.out, " left")) << "count, rate and time left";
 
     EXPECT_EQ(Query("PRAGMA integrity_check"), "ok\n");
     const int stored = std::stoi(Query("SELECT count(*) FROM media"));
