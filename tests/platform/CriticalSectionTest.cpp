@@ -10,6 +10,7 @@
 #include <halyon/framework/HynLock.h>
 
 #include "tests/support/Asleep.h"
+#include "tests/support/Threads.h"
 
 using Halyon::CHynAutoLock;
 using Halyon::CHynLock;
@@ -23,22 +24,16 @@ TEST(CriticalSection, LetsOneThreadInAtATime)
     constexpr int kRounds = 20'000;
     CHynLock lock;
     int count = 0; // guarded by lock
-    std::array<std::jthread, kThreads> threads;
-    for (std::jthread& thread : threads)
-    {
-        thread = std::jthread(
-            [&]
-            {
-                for (int round = 0; round < kRounds; ++round)
-                {
-                    const CHynAutoLock outer(lock);
-                    const CHynAutoLock inner(lock);
-                    ++count;
-                }
-            });
-    }
-    for (std::jthread& thread : threads)
-        thread.join();
+    HalyonTest::OnThreads(kThreads,
+                          [&](std::size_t)
+                          {
+                              for (int round = 0; round < kRounds; ++round)
+                              {
+                                  const CHynAutoLock outer(lock);
+                                  const CHynAutoLock inner(lock);
+                                  ++count;
+                              }
+                          });
     EXPECT_EQ(count, kThreads * kRounds);
 }
 

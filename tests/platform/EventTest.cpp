@@ -15,9 +15,11 @@
 #include <halyon/platform/linux/TovHandleTable.h>
 
 #include "tests/support/Asleep.h"
+#include "tests/support/Threads.h"
 
 #include <sched.h>
 
+using HalyonTest::OnThreads;
 using HalyonTest::UntilAsleep;
 
 namespace
@@ -139,59 +141,51 @@ TEST(Event, HandlesOfNoEventFailAndLeaveOtherEventsAlone)
 TEST(Event, NoSignalIsLostBetweenThreads)
 {
     constexpr int kRounds = 10'000;
-    const TovEventRef ping = TovCreateEvent(0, 0);
-    const TovEventRef pong = TovCreateEvent(0, 0);
+    const std::array<TovEventRef, 2> events{TovCreateEvent(0, 1), TovCreateEvent(0, 0)};
     int ball = 0; // handed over by the events alone
-    std::jthread other(
-        [&]
-        {
-            for (int round = 0; round < kRounds && TovWaitEvent(ping, kTovForever) == 0; ++round)
-            {
-                ++ball;
-                TovSetEvent(pong);
-            }
-        });
-    for (int round = 0; round < kRounds; ++round)
-    {
-        ++ball;
-        TovSetEvent(ping);
-        ASSERT_EQ(TovWaitEvent(pong, kTovForever), 0);
-    }
+    OnThreads(2,
+              [&](std::size_t side)
+              {
+                  for (int round = 0; round < kRounds; ++round)
+                  {
+                      ASSERT_EQ(TovWaitEvent(events[side], kTovForever), 0);
+                      ++ball;
+                      TovSetEvent(events[1 - side]);
+                  }
+              });
     EXPECT_EQ(ball, 2 * kRounds);
-    other.join();
-    TovCloseEvent(ping);
-    TovCloseEvent(pong);
+    for (const TovEventRef event : events)
+        TovCloseEvent(event);
 }
 
 // Senders put work down and signal only afterwards; the one receiver takes all there is at each signal.
 TEST(Event, AMergedSignalShowsItsWorkToo)
 {
-    constexpr int kSenders = 3;
+    constexpr std::size_t kSenders = 3;
     constexpr int kRounds = 20'000;
     const TovEventRef event = TovCreateEvent(0, 0);
     std::array<std::atomic<int>, kSenders> work{};
-    std::vector<std::jthread> senders;
-    senders.reserve(kSenders);
-    for (std::atomic<int>& mine : work)
-    {
-        senders.emplace_back(
-            [&mine, event]
-            {
-                for (int round = 0; round < kRounds; ++round)
-                {
-                    mine.fetch_add(1, std::memory_order_relaxed);
-                    TovSetEvent(event);
-                }
-            });
-    }
     int taken = 0;
-    while (taken < kSenders * kRounds)
+    const auto receive = [&]
     {
-        ASSERT_EQ(TovWaitEvent(event, kTovForever), 0);
-        for (std::atomic<int>& place : work)
-            taken += place.exchange(0, std::memory_order_relaxed);
-    }
-    senders.clear();
+        while (taken < static_cast<int>(kSenders) * kRounds && TovWaitEvent(event, kTovForever) == 0)
+        {
+            for (std::atomic<int>& place : work)
+                taken += place.exchange(0, std::memory_order_relaxed);
+        }
+    };
+    OnThreads(kSenders + 1,
+              [&](std::size_t index)
+              {
+                  if (index == kSenders)
+                      return receive();
+                  for (int round = 0; round < kRounds; ++round)
+                  {
+                      work[index].fetch_add(1, std::memory_order_relaxed);
+                      TovSetEvent(event);
+                  }
+              });
+    EXPECT_EQ(taken, static_cast<int>(kSenders) * kRounds);
     TovCloseEvent(event);
 }
 
@@ -203,32 +197,28 @@ TEST(Event, WaitsAndSignalsMayRaceWithTheClosing)
     std::atomic<int> sent{0};
     std::atomic<int> received{0};
     const CountedSleep sleep;
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 2; ++i)
+    const auto closeAgainAndAgain = [&]
     {
-        threads.emplace_back(
-            [&]
-            {
-                while (!done)
-                    sent += TovSetEvent(shared) == 0 ? 1 : 0;
-            });
-        threads.emplace_back(
-            [&]
-            {
-                while (!done)
-                    received += TovWaitEvent(shared, kTovForever) == 0 ? 1 : 0;
-            });
-    }
-    for (int round = 0; round < kRounds; ++round)
-    {
-        const int before = received;
-        while (received == before)
-            std::this_thread::yield();
-        TovCloseEvent(shared.exchange(TovCreateEvent(0, 0)));
-    }
-    done = true;
-    TovCloseEvent(shared);
-    threads.clear();
+        for (int round = 0; round < kRounds; ++round)
+        {
+            const int before = received;
+            while (received == before)
+                std::this_thread::yield();
+            TovCloseEvent(shared.exchange(TovCreateEvent(0, 0)));
+        }
+        done = true;
+        TovCloseEvent(shared);
+    };
+    OnThreads(5,
+              [&](std::size_t index)
+              {
+                  if (index == 0)
+                      return closeAgainAndAgain();
+                  while (!done && index % 2 == 0)
+                      sent += TovSetEvent(shared) == 0 ? 1 : 0;
+                  while (!done && index % 2 != 0)
+                      received += TovWaitEvent(shared, kTovForever) == 0 ? 1 : 0;
+              });
     EXPECT_LE(received, sent);
 }
 

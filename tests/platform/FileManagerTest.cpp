@@ -12,7 +12,7 @@
 
 #include <halyon/platform/FileManager.h>
 
-#include <unistd.h>
+#include "tests/support/TempFolder.h"
 
 using namespace Halyon;
 namespace fs = std::filesystem;
@@ -24,18 +24,7 @@ constexpr FSRef kNoItem = {};
 class FileReference : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        std::string pattern = (fs::temp_directory_path() / "halyonXXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        m_root = fs::canonical(pattern);
-        m_before = fs::current_path();
-    }
-    void TearDown() override
-    {
-        fs::current_path(m_before);
-        fs::remove_all(m_root);
-    }
+    ~FileReference() override { fs::current_path(m_before); }
 
     static void Write(const fs::path& path, const char* content = "x") { std::ofstream(path) << content; }
 
@@ -78,8 +67,9 @@ protected:
         return path;
     }
 
-    fs::path m_root;
-    fs::path m_before;
+    const HalyonTest::TempFolder m_folder;
+    const fs::path& m_root = m_folder.Path();
+    const fs::path m_before = fs::current_path();
 };
 } // namespace
 
@@ -187,16 +177,12 @@ TEST_F(FileReference, NeverActsOnAnotherItem)
     }
 }
 
-TEST_F(FileReference, ReferencesThatAreNoneGiveNoPath)
+TEST_F(FileReference, OfNoItemAndMissingArgumentsAreRefused)
 {
-    EXPECT_EQ(PathOf(kNoItem), "status " + std::to_string(fnfErr));
     FSRef garbage;
     std::memset(&garbage, '/', sizeof garbage); // no terminator anywhere
-    EXPECT_EQ(PathOf(garbage), "status " + std::to_string(fnfErr));
-}
-
-TEST_F(FileReference, ArgumentsThatAreMissingAreRefused)
-{
+    for (const FSRef& none : {kNoItem, garbage})
+        EXPECT_EQ(PathOf(none), "status " + std::to_string(fnfErr));
     FSRef ref;
     ASSERT_EQ(MakeRef(m_root, ref), noErr);
     char buffer[1024] = "#";

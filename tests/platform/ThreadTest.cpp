@@ -11,11 +11,11 @@
 #include <halyon/platform/TovPCMac.h>
 
 #include "tests/support/Asleep.h"
+#include "tests/support/InChild.h"
 
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/time.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using HalyonTest::UntilAsleep;
@@ -191,32 +191,27 @@ TEST(Thread, PriorityIsRelativeToTheProcess)
     setpriority(PRIO_PROCESS, 0, before);
 }
 
-// What is wrong in a forked child, as bits of its exit status.
-int ChildFaults(std::uint32_t forkCount, TovThreadRef parentThread)
-{
-    TovCriticalSection section{};
-    TovEnterCriticalSection(&section);
-    TovEnterCriticalSection(&section);
-    TovLeaveCriticalSection(&section);
-    TovLeaveCriticalSection(&section);
-    const TovEventRef event = TovCreateEvent(0, 1);
-    return (GetCurrentTovThreadID() != static_cast<std::uint32_t>(gettid()) ? 1 : 0) |
-           (TovGetForkCount() != forkCount + 1 ? 2 : 0) | (TovWaitThread(parentThread, kTovForever) == 0 ? 4 : 0) |
-           (TovWaitEvent(event, kTovForever) != 0 ? 8 : 0);
-}
-
 TEST(ThreadID, IsTheKernelsAlsoInAForkedChild)
 {
     Gated gated;
     const std::uint32_t parentID = GetCurrentTovThreadID();
     EXPECT_EQ(parentID, static_cast<std::uint32_t>(gettid()));
     const std::uint32_t forkCount = TovGetForkCount();
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(ChildFaults(forkCount, gated.thread));
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    const std::string seen = HalyonTest::InChild(
+        [&]
+        {
+            TovCriticalSection section{};
+            TovEnterCriticalSection(&section);
+            TovEnterCriticalSection(&section);
+            TovLeaveCriticalSection(&section);
+            TovLeaveCriticalSection(&section);
+            const TovEventRef event = TovCreateEvent(0, 1);
+            const bool isKernels = GetCurrentTovThreadID() == static_cast<std::uint32_t>(gettid());
+            return std::to_string(isKernels) + " " + std::to_string(TovGetForkCount() - forkCount) + " " +
+                   std::to_string(TovWaitThread(gated.thread, kTovForever) != 0) + " " +
+                   std::to_string(TovWaitEvent(event, kTovForever));
+        });
+    EXPECT_EQ(seen, "1 1 1 0") << "identifier, forks, the parent's thread has gone, a signalled event";
     EXPECT_EQ(GetCurrentTovThreadID(), parentID);
     EXPECT_EQ(TovGetForkCount(), forkCount);
     gated.Finish();
