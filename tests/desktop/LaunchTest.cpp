@@ -5,9 +5,9 @@
 #include <csignal>
 #include <deque>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -22,6 +22,7 @@
 
 #include "tests/support/Environment.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/Threads.h"
 
 using namespace Halyon;
 using HalyonTest::TempFolder;
@@ -309,26 +310,19 @@ TEST_F(Launch, ManyThreadsMayStartProgramsAtOnce)
     constexpr std::size_t kThreads = 4;
     constexpr std::size_t kLaunches = 5;
     Recorder("tool");
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (std::size_t t = 0; t < kThreads; ++t)
-    {
-        threads.emplace_back(
-            [&, t]
-            {
-                for (std::size_t i = 0; i < kLaunches; ++i)
-                    EXPECT_EQ(Execute("\"" + At("tool") + "\" " + std::to_string(t * kLaunches + i)), 1);
-            });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    std::multiset<Words> expected;
+    for (std::size_t i = 0; i < kThreads * kLaunches; ++i)
+        expected.insert({"tool", std::to_string(i)});
+    HalyonTest::OnThreads(kThreads,
+                          [&](std::size_t thread)
+                          {
+                              for (std::size_t i = 0; i < kLaunches; ++i)
+                                  EXPECT_EQ(Execute("\"" + At("tool") + "\" " + std::to_string(thread * kLaunches + i)),
+                                            1);
+                          });
     EXPECT_FALSE(HasChildren());
-    std::vector<bool> seen(kThreads * kLaunches);
-    for (std::size_t i = 0; i < seen.size(); ++i)
-    {
-        const Words record = NextRecord();
-        ASSERT_EQ(record.size(), 2u) << record[0];
-        seen[std::stoul(record[1])] = true;
-    }
-    EXPECT_EQ(std::ranges::count(seen, false), 0);
+    std::multiset<Words> records;
+    while (records.size() < expected.size())
+        records.insert(NextRecord());
+    EXPECT_EQ(records, expected);
 }

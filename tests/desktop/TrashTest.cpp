@@ -1,7 +1,7 @@
 // Deleting files: to the desktop's trash, on the home volume and on others, and for good.
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -16,12 +16,15 @@
 #include <halyon/platform/BaseFunction.h>
 #include <halyon/tools/CHynPubTools.h>
 
+#include "tests/support/Command.h"
 #include "tests/support/Environment.h"
 #include "tests/support/InChild.h"
 #include "tests/support/TempFolder.h"
 
 using namespace Halyon;
+using HalyonTest::ContentOf;
 using HalyonTest::Environment;
+using HalyonTest::OutputOf;
 using HalyonTest::TempFolder;
 using Tools = CHynPubTools;
 namespace fs = std::filesystem;
@@ -30,12 +33,6 @@ namespace
 {
 constexpr int kToTrash = 1;
 constexpr int kForGood = 0;
-
-std::string ContentOf(const fs::path& file)
-{
-    std::ifstream stream(file);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 std::string Unescaped(const std::string& text)
 {
@@ -71,15 +68,6 @@ std::map<std::string, std::string> ItemsOf(const fs::path& trash)
     if (static_cast<std::size_t>(filed) != items.size())
         items["items"] = std::to_string(filed);
     return items;
-}
-
-std::string OutputOf(const char* command)
-{
-    std::string output;
-    FILE* pipe = popen(command, "r");
-    for (char buffer[512]; pipe != nullptr && std::fgets(buffer, sizeof buffer, pipe) != nullptr;)
-        output += buffer;
-    return pipe != nullptr && pclose(pipe) == 0 ? output : "failed: " + output;
 }
 
 // The user's data folder is below the test's own, so that their trash stays as it is.
@@ -238,48 +226,23 @@ TEST_F(Trash, AnotherVolumeHasItsOwn)
 {
     if (!HalyonTest::MayHaveOwnMounts())
         GTEST_SKIP() << "this process may not mount anything";
-    const std::string user = std::to_string(geteuid());
     const struct
     {
         const char* rule;
-        void (*prepare)(); // in the top folder of the volume
-        std::string trash; // where the item goes; empty: it stays
+        const char* prepare; // in the top folder of the volume
+        std::string trash;   // where the item goes; empty: it stays
     } cases[] = {
-        {"its own folder", [] {}, ".Trash-" + user},
-        {"the folder for all users", [] { fs::create_directory(".Trash"), chmod(".Trash", 01777); }, ".Trash/" + user},
-        {"only when nobody can take it away", [] { fs::create_directory(".Trash"), chmod(".Trash", 0777); },
-         ".Trash-" + user},
-        {"and not when it is a link",
-         []
-         {
-             fs::create_directory("elsewhere"), chmod("elsewhere", 01777);
-             fs::create_symlink("elsewhere", ".Trash");
-         },
-         ".Trash-" + user},
-        {"nothing goes through a link",
-         []
-         {
-             fs::create_directory("elsewhere");
-             fs::create_symlink("elsewhere", (".Trash-" + std::to_string(geteuid())).c_str());
-         },
-         ""},
-        {"nothing goes to another user",
-         []
-         {
-             const std::string name = ".Trash-" + std::to_string(geteuid());
-             fs::create_directory(name);
-             if (chown(name.c_str(), 12345, 12345) != 0)
-                 _exit(4);
-         },
-         ""},
-        {"nothing is deleted where nothing can be written",
-         []
-         {
-             if (mount("none", ".", nullptr, MS_REMOUNT | MS_RDONLY, nullptr) != 0)
-                 _exit(5);
-         },
-         ""},
+        {"its own folder", "true", ".Trash-$U"},
+        {"the folder for all users", "mkdir -m 1777 .Trash", ".Trash/$U"},
+        {"only when nobody can take it away", "mkdir -m 777 .Trash", ".Trash-$U"},
+        {"and not when it is a link", "mkdir -m 1777 other && ln -s other .Trash", ".Trash-$U"},
+        {"nothing goes through a link", "mkdir other && ln -s other .Trash-$U", ""},
+        {"nothing goes to another user", "mkdir .Trash-$U && chown 12345:12345 .Trash-$U", ""},
+        {"nothing is deleted where nothing can be written", "mount -o remount,ro .", ""},
     };
+    const std::string user = std::to_string(geteuid());
+    Environment environment;
+    environment.Set("U", user.c_str());
     for (const auto& c : cases)
     {
         const std::string volume = At("mounted here");
@@ -291,9 +254,8 @@ TEST_F(Trash, AnotherVolumeHasItsOwn)
                     return "cannot mount";
                 fs::create_directory(volume + "/fold\u00E9r");
                 m_top.Write("mounted here/fold\u00E9r/100% x", "kept");
-                if (chdir(volume.c_str()) != 0)
-                    return "cannot enter";
-                c.prepare();
+                if (chdir(volume.c_str()) != 0 || std::system(c.prepare) != 0)
+                    return "cannot prepare";
                 // Items of the home volume before and behind it go to the user's own, all the same.
                 for (const char* name : {"before", "behind"})
                     m_top.Write(name, c.rule);
@@ -302,8 +264,9 @@ TEST_F(Trash, AnotherVolumeHasItsOwn)
                 Tools::DeleteFile(paths, nullptr, kToTrash, 0);
                 if (c.trash.empty())
                     return ContentOf("fold\u00E9r/100% x");
-                const bool isPrivate = fs::status(c.trash).permissions() == fs::perms::owner_all;
-                const auto items = ItemsOf(c.trash);
+                const std::string trash = c.trash.substr(0, c.trash.size() - 2) + user;
+                const bool isPrivate = fs::status(trash).permissions() == fs::perms::owner_all;
+                const auto items = ItemsOf(trash);
                 return items.size() == 1 && isPrivate ? items.begin()->first + " " + items.begin()->second : "not one";
             });
         EXPECT_EQ(found, c.trash.empty() ? "kept" : "fold\u00E9r/100% x kept") << c.rule;

@@ -4,7 +4,6 @@
 #include <numeric>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -14,6 +13,8 @@
 #include <halyon/framework/HynIdentifiers.h>
 #include <halyon/framework/HynThreadID.h>
 #include <halyon/platform/TovPCMac.h>
+
+#include "tests/support/Threads.h"
 
 using namespace Halyon;
 
@@ -28,12 +29,8 @@ TEST(LockCounter, HandsEachThreadTheCountThatItMade)
     std::vector<std::uint32_t> down(kThreads * kSteps);
     const auto run = [&](auto step, std::vector<std::uint32_t>& results)
     {
-        std::vector<std::thread> threads;
-        for (std::size_t t = 0; t < kThreads; ++t)
-            threads.emplace_back(
-                [&, t] { std::generate_n(results.begin() + static_cast<std::ptrdiff_t>(t * kSteps), kSteps, step); });
-        for (std::thread& thread : threads)
-            thread.join();
+        HalyonTest::OnThreads(kThreads,
+                              [&](std::size_t thread) { std::generate_n(&results[thread * kSteps], kSteps, step); });
         std::sort(results.begin(), results.end());
     };
     run([&] { return counter.increment(); }, up);

@@ -6,15 +6,14 @@
 #include <functional>
 #include <iterator>
 #include <string>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "OpenString.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Text.h"
+#include "tests/support/Threads.h"
 
 using namespace HalyonTest;
 
@@ -27,20 +26,15 @@ constexpr int kRounds = 4000;
 void InStep(const std::function<void()>& deal, const std::function<void(std::size_t, std::size_t)>& work)
 {
     std::barrier gate(kThreads, [&deal]() noexcept { deal(); });
-    std::vector<std::jthread> threads;
-    threads.reserve(kThreads);
-    for (std::size_t thread = 0; thread < kThreads; ++thread)
-    {
-        threads.emplace_back(
-            [&gate, &work, thread]
-            {
-                for (std::size_t round = 0; round < kRounds; ++round)
-                {
-                    gate.arrive_and_wait();
-                    work(thread, round);
-                }
-            });
-    }
+    HalyonTest::OnThreads(kThreads,
+                          [&](std::size_t thread)
+                          {
+                              for (std::size_t round = 0; round < kRounds; ++round)
+                              {
+                                  gate.arrive_and_wait();
+                                  work(thread, round);
+                              }
+                          });
 }
 
 const struct

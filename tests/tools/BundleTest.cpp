@@ -1,9 +1,7 @@
 // The folders of bundles, and which localisation is taken.
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -12,6 +10,7 @@
 #include <halyon/platform/CFHolder.h>
 #include <halyon/tools/CHynPubTools.h>
 
+#include "tests/support/Command.h"
 #include "tests/support/Environment.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/Text.h"
@@ -43,11 +42,7 @@ void Speak(Environment& environment, const Languages& languages)
 
 std::string OutputOf(const fs::path& program)
 {
-    std::string output;
-    FILE* pipe = popen(("'" + program.native() + "'").c_str(), "r");
-    for (char buffer[256]; pipe != nullptr && std::fgets(buffer, sizeof buffer, pipe) != nullptr;)
-        output += buffer;
-    return pipe != nullptr && pclose(pipe) == 0 ? output : "failed: " + output;
+    return HalyonTest::OutputOf("'" + program.native() + "'");
 }
 
 std::string Resource(CFBundleRef bundle, const CTovStringW& name, const CTovStringW& type = {},
