@@ -1,9 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <cstdio>
 #include <string>
 
 #include "ScreenSupport.h"
+#include "tests/support/Command.h"
 
 using namespace Halyon;
 using namespace HalyonTest;
@@ -28,13 +26,7 @@ std::string Probe(const char* how, std::initializer_list<Setting> settings)
         if (setting.value != nullptr)
             with += std::string(" ") + setting.name + "='" + setting.value + "'";
     }
-    FILE* pipe = popen(("env" + without + with + " timeout 60 " SCREEN_PROBE " " + how).c_str(), "r");
-    char line[200] = {};
-    if (pipe != nullptr)
-        static_cast<void>(std::fread(line, 1, sizeof(line) - 1, pipe));
-    if (const int status = pipe != nullptr ? pclose(pipe) : -1; status != 0)
-        return "failed: " + std::to_string(status);
-    const std::string said = line;
+    const std::string said = OutputOf("env" + without + with + " timeout 60 " SCREEN_PROBE " " + how);
     return said.substr(0, said.find_last_not_of('\n') + 1);
 }
 } // namespace

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <halyon/tools/CHynWaitCursor.h>
 
 #include "ScreenSupport.h"

@@ -1,6 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <QBuffer>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QIcon>
@@ -36,14 +33,6 @@ HeldIcon Loaded(QByteArray bytes)
                                               static_cast<std::uint32_t>(bytes.size())));
 }
 
-QByteArray Png(const QImage& image)
-{
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "png");
-    return buffer.data();
-}
-
 template <class Number>
 void Append(QByteArray& bytes, Number number)
 {
@@ -60,7 +49,7 @@ QByteArray IconFile(const QList<QImage>& pictures)
         Append(head, static_cast<quint16>(number));
     for (const QImage& picture : pictures)
     {
-        const QByteArray png = Png(picture);
+        const QByteArray png = Encoded(picture, "png");
         head.append(static_cast<char>(picture.width())).append(static_cast<char>(picture.height())).append(2, '\0');
         Append(head, quint16{1});
         Append(head, quint16{32});
@@ -74,12 +63,9 @@ QByteArray IconFile(const QList<QImage>& pictures)
 HeldIcon FromFile(const QByteArray& bytes)
 {
     const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("icon.ico")));
     FSRef ref = {};
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return {};
-    file.close();
-    EXPECT_EQ(FSPathMakeRef(file.fileName().toUtf8().constData(), &ref, nullptr), noErr);
+    const QByteArray path = Write(folder, QStringLiteral("icon.ico"), bytes).toUtf8();
+    EXPECT_EQ(FSPathMakeRef(path.constData(), &ref, nullptr), noErr);
     return HeldIcon(CHynIconHelper2::CreateIconFromFile(&ref));
 }
 
@@ -155,11 +141,8 @@ TEST(Icon, ABundlesResourceIsFoundByItsName)
     const QTemporaryDir folder;
     ASSERT_TRUE(QDir(folder.path()).mkpath(QStringLiteral("Contents/Resources/ja.lproj")));
     for (const auto& [name, nSide] : {std::pair("app.png", 16), std::pair("ja.lproj/新.png", 24)})
-    {
-        QFile file(folder.filePath(QStringLiteral("Contents/Resources/") + QString::fromUtf8(name)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(Png(Noise(nSide, nSide, QImage::Format_ARGB32)));
-    }
+        Write(folder, QStringLiteral("Contents/Resources/") + QString::fromUtf8(name),
+              Encoded(Noise(nSide, nSide, QImage::Format_ARGB32), "png"));
     CFBundleRef bundle = CHynPubTools::CreateBundleByPath(Wide(folder.path()));
     const auto side = [bundle](const char16_t* name)
     {
@@ -177,8 +160,8 @@ TEST(Icon, ABundlesResourceIsFoundByItsName)
 TEST(Icon, AFileThatIsNoIconGivesNull)
 {
     EXPECT_EQ(FromFile("not a picture"), nullptr);
-    EXPECT_EQ(FromFile(Png(Noise(1025, 4, QImage::Format_RGB32))), nullptr) << "a photograph is no icon";
-    EXPECT_NE(FromFile(Png(Noise(1024, 4, QImage::Format_RGB32))), nullptr);
+    EXPECT_EQ(FromFile(Encoded(Noise(1025, 4, QImage::Format_RGB32), "png")), nullptr) << "a photograph is no icon";
+    EXPECT_NE(FromFile(Encoded(Noise(1024, 4, QImage::Format_RGB32), "png")), nullptr);
     QByteArray cut = IconFile(Sizes());
     EXPECT_EQ(FromFile(cut.left(cut.size() - 100)), nullptr) << "one of its sizes is damaged";
     const FSRef nothing = {};
@@ -188,7 +171,7 @@ TEST(Icon, AFileThatIsNoIconGivesNull)
 
 TEST(Icon, NoIconFailsEachCall)
 {
-    const HeldIcon icon = FromFile(Png(Noise(4, 4, QImage::Format_ARGB32)));
+    const HeldIcon icon = FromFile(Encoded(Noise(4, 4, QImage::Format_ARGB32), "png"));
     unsigned char byte = 0;
     unsigned char* out = &byte;
     EXPECT_EQ(CHynIconHelper2::SaveIcon(icon.get(), nullptr), 0u);

@@ -17,23 +17,15 @@ using namespace HalyonTest;
 
 namespace
 {
-struct Choice
-{
-    std::int32_t nWhole;
-    int nMenu;
-    int nItem;
-    bool operator==(const Choice&) const = default;
-};
-
-void PrintTo(const Choice& choice, std::ostream* out)
-{
-    *out << choice.nWhole << " (menu " << choice.nMenu << ", item " << choice.nItem << ")";
-}
+// What the call returns, the menu and the item.
+using Choice = std::tuple<std::int32_t, int, int>;
 
 constexpr Choice Chosen(int nMenu, int nItem)
 {
     return {nMenu * 65536 + nItem, nMenu, nItem};
 }
+
+constexpr Choice kNothing = {0, 0, 0};
 
 // What one of the menu's calls needs to be made for: 128: Open, -, Send ▸ (-7: Mail, Chat), Print (disabled), Tom &
 // Ann.
@@ -100,6 +92,18 @@ std::function<QStringList(const QMenu&)> Keys(const QString& keys)
         return QStringLiteral("key --delay 20 ").append(keys).split(QLatin1Char(' '));
     };
 }
+
+class ShownMenu : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!OnX11())
+            GTEST_SKIP() << "nobody can see a menu on this platform";
+    }
+
+    Menus m_menus;
+};
 } // namespace
 
 TEST(Menu, CombinedNumbersTellWhereAnItemWasInserted)
@@ -156,27 +160,25 @@ TEST(Menu, RefusesNoMenuNoItemAndACircle)
     EXPECT_EQ(menus.spSend->SetChildren(&menus.menu, 1), paramErr);
     none.Enable(1, 1);
     menus.menu.Enable(0, 99);
-    EXPECT_EQ(Popup(none, {0, 0}), (Choice{0, 0, 0}));
+    EXPECT_EQ(Popup(none, {0, 0}), kNothing);
 }
 
 TEST(Menu, WithoutAnythingToShowReturnsAtOnce)
 {
     MacTovMenu menu;
     menu.CreateMenu(1);
-    EXPECT_EQ(Popup(menu, {0, 0}), (Choice{0, 0, 0}));
+    EXPECT_EQ(Popup(menu, {0, 0}), kNothing);
     menu.CreateNewMenuItem(0, u"Hidden", kMenuItemAttrHidden, 0);
-    EXPECT_EQ(Popup(menu, {0, 0}), (Choice{0, 0, 0}));
+    EXPECT_EQ(Popup(menu, {0, 0}), kNothing);
     Menus menus;
     if (!OnX11())
     {
-        EXPECT_EQ(Popup(menus.menu, {0, 0}), (Choice{0, 0, 0}));
+        EXPECT_EQ(Popup(menus.menu, {0, 0}), kNothing);
     }
 }
 
-TEST(Menu, KeysChoose)
+TEST_F(ShownMenu, KeysChoose)
 {
-    if (!OnX11())
-        GTEST_SKIP() << "nobody can see a menu on this platform";
     const struct
     {
         const char* keys;
@@ -187,7 +189,7 @@ TEST(Menu, KeysChoose)
         {"Down Down Right Down Return", Chosen(-7, 2)},
         {"Up Return", Chosen(128, 5)}, // neither the last separator nor what is hidden
         {"Down Down Down Return", Chosen(128, 5)},
-        {"Escape", {0, 0, 0}},
+        {"Escape", kNothing},
     };
     for (const auto& c : cases)
     {
@@ -196,10 +198,8 @@ TEST(Menu, KeysChoose)
     }
 }
 
-TEST(Menu, TheMouseChoosesWhatItPointsAt)
+TEST_F(ShownMenu, TheMouseChoosesWhatItPointsAt)
 {
-    if (!OnX11())
-        GTEST_SKIP() << "nobody can see a menu on this platform";
     const auto click = [](QPoint place)
     {
         return QStringList{"mousemove", QString::number(place.x()), QString::number(place.y()), "sleep", "0.1", "click",
@@ -212,35 +212,28 @@ TEST(Menu, TheMouseChoosesWhatItPointsAt)
             return click(shown.mapToGlobal(shown.actionGeometry(shown.actions()[nAction]).center()));
         };
     };
-    Menus menus;
-    EXPECT_EQ(PopupFor(menus.menu, clickOn(4)), Chosen(128, 5));
-    EXPECT_EQ(PopupFor(menus.menu, clickOn(0)), Chosen(128, 1));
-    EXPECT_EQ(PopupFor(menus.menu, [click](const QMenu&) { return click({20, 20}); }), (Choice{0, 0, 0}));
+    EXPECT_EQ(PopupFor(m_menus.menu, clickOn(4)), Chosen(128, 5));
+    EXPECT_EQ(PopupFor(m_menus.menu, clickOn(0)), Chosen(128, 1));
+    EXPECT_EQ(PopupFor(m_menus.menu, [click](const QMenu&) { return click({20, 20}); }), kNothing);
     // A disabled item does not answer: the menu stays until the user gives up.
     const auto clickThenEscape = [clickOn](const QMenu& shown)
     {
         return clickOn(3)(shown) + QStringList{"sleep", "0.1", "key", "Escape"};
     };
-    EXPECT_EQ(PopupFor(menus.menu, clickThenEscape), (Choice{0, 0, 0}));
+    EXPECT_EQ(PopupFor(m_menus.menu, clickThenEscape), kNothing);
 }
 
-TEST(Menu, DisablingItemZeroDisablesAllForTheTime)
+TEST_F(ShownMenu, DisablingItemZeroDisablesAllForTheTime)
 {
-    if (!OnX11())
-        GTEST_SKIP() << "nobody can see a menu on this platform";
-    Menus menus;
-    menus.menu.Enable(0, 0);
-    EXPECT_EQ(PopupFor(menus.menu, Keys("Down Return Escape")), (Choice{0, 0, 0}));
-    menus.menu.Enable(1, 0);
-    EXPECT_EQ(PopupFor(menus.menu, Keys("Down Down Down Return")), Chosen(128, 5)) << "item 4 stays disabled";
+    m_menus.menu.Enable(0, 0);
+    EXPECT_EQ(PopupFor(m_menus.menu, Keys("Down Return Escape")), kNothing);
+    m_menus.menu.Enable(1, 0);
+    EXPECT_EQ(PopupFor(m_menus.menu, Keys("Down Down Down Return")), Chosen(128, 5)) << "item 4 stays disabled";
 }
 
-TEST(Menu, ShowsTextAsItIsAtThePlaceThatWasAskedFor)
+TEST_F(ShownMenu, ShowsTextAsItIsAtThePlaceThatWasAskedFor)
 {
-    if (!OnX11())
-        GTEST_SKIP() << "nobody can see a menu on this platform";
-    Menus menus;
-    PopupFor(menus.menu,
+    PopupFor(m_menus.menu,
              [](const QMenu& shown)
              {
                  EXPECT_EQ(shown.pos(), QPoint(400, 300));

@@ -4,9 +4,13 @@
 #include <functional>
 #include <tuple>
 
+#include <gtest/gtest.h>
+
 #include <QApplication>
+#include <QBuffer>
 #include <QElapsedTimer>
-#include <QImage>
+#include <QFile>
+#include <QImageWriter>
 #include <QTemporaryDir>
 
 #include <halyon/string/CTovStringW.h>
@@ -58,5 +62,22 @@ inline QImage Noise(int nWidth, int nHeight, QImage::Format format)
             image.setPixel(x, y, uState ^ uState >> 13);
         }
     return image.convertToFormat(format);
+}
+
+inline QByteArray Encoded(const QImage& image, const QByteArray& format)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter(&buffer, format).write(image);
+    return buffer.data();
+}
+
+// Returns the path of the file that was written.
+inline QString Write(const QTemporaryDir& folder, const QString& name, const QByteArray& bytes)
+{
+    QString path = folder.filePath(name);
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    return path;
 }
 } // namespace HalyonTest

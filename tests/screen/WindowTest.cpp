@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
