@@ -22,7 +22,7 @@ if(HALYON_SANITIZE)
   list(APPEND HALYON_INSTRUMENT -fsanitize=${HALYON_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
 endif()
 if(HALYON_COVERAGE)
-  list(APPEND HALYON_INSTRUMENT --coverage -fprofile-update=atomic)
+  list(APPEND HALYON_INSTRUMENT --coverage -fprofile-update=atomic -DHALYON_COVERAGE)
 endif()
 # The whole program is instrumented or none of it: a half-instrumented process reports faults that are not there.
 add_compile_options(${HALYON_INSTRUMENT})
