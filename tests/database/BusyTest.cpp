@@ -86,6 +86,20 @@ TEST_F(Busy, BeginTransWaitsForAReader)
     EXPECT_EQ(m_connection->RollbackTrans(), HYN_S_OK);
 }
 
+// A write that gives rows has done all of it by its first row, and is kept or refused when it ends.
+TEST_F(Busy, AWriteWithRowsThatCannotBeKeptLeavesNothing)
+{
+    ASSERT_EQ(Run(u"CREATE TABLE p (id INTEGER PRIMARY KEY)"), HYN_S_OK);
+    ASSERT_EQ(Run(u"CREATE TABLE c (p REFERENCES p DEFERRABLE INITIALLY DEFERRED)"), HYN_S_OK);
+    ASSERT_EQ(Run(u"PRAGMA foreign_keys = ON"), HYN_S_OK);
+    EXPECT_EQ(Run(u"INSERT INTO c VALUES (1) RETURNING p"), HYN_E_SQSTEP) << "there is no such parent";
+    ASSERT_EQ(m_other.Run("BEGIN; SELECT x FROM t"), SQLITE_OK);
+    const CountedSleep sleep(0);
+    EXPECT_EQ(Run(u"INSERT INTO c VALUES (NULL) RETURNING p"), HYN_E_FAIL) << "somebody reads";
+    ASSERT_EQ(m_other.Run("COMMIT"), SQLITE_OK);
+    EXPECT_EQ(Read<int>(Open(u"SELECT count(*) AS n FROM c"), u"n"), 0);
+}
+
 // What plain statements say of a table that is locked inside the process: a failed step.
 TEST_F(Busy, ATableInUseByTheSameHandleIsAFailedStep)
 {
