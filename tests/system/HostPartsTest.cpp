@@ -2,17 +2,13 @@
 // shrink while they are looked at.
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
-
-#include <unistd.h>
 
 #include <halyon/platform/TovPCMac.h>
 #include <halyon/tools/CHynPubTools.h>
@@ -31,7 +27,8 @@ using namespace std::string_literals;
 
 TEST(HostMoment, ReadsWhatCamerasWriteInTheirZoneOrTheLocalOne)
 {
-    setenv("TZ", "JST-9", 1);
+    HalyonTest::Environment environment;
+    environment.Set("TZ", "JST-9");
     TovTimeZoneChanged();
     constexpr double kNoon = 731419200; // 2024-03-06 12:00:00 UTC
     constexpr double kNoDate = -1;
@@ -60,8 +57,6 @@ TEST(HostMoment, ReadsWhatCamerasWriteInTheirZoneOrTheLocalOne)
         EXPECT_EQ(moment ? Halyon::CHynPubTools::ConvertFromFileTime(&*moment) : kNoDate, seconds)
             << date << ' ' << subSecond << ' ' << offset;
     }
-    unsetenv("TZ");
-    TovTimeZoneChanged();
 }
 
 namespace
@@ -152,25 +147,23 @@ TEST(HostText, ShowsNoNameThatCouldBreakALine)
 
 TEST(HostFileBytes, AFileThatShrinksReadsAsZerosAndSaysSo)
 {
-    const auto path = std::filesystem::temp_directory_path() / ("halyon-shrinks-" + std::to_string(getpid()));
-    std::ofstream(path, std::ios::binary) << std::string(1 << 20, 'x');
-    {
-        HynHost::FileBytes file;
-        ASSERT_EQ(file.Open(path), 0);
-        const auto bytes = file.Bytes();
-        ASSERT_EQ(bytes.size(), 1U << 20);
-        EXPECT_EQ(bytes.front(), 'x');
-        EXPECT_FALSE(file.Failed());
-        std::filesystem::resize_file(path, 0);
-        EXPECT_EQ(bytes.back(), 0);
-        EXPECT_TRUE(file.Failed());
+    const HalyonTest::TempFolder folder;
+    const std::filesystem::path path = folder.Path() / "shrinks";
+    folder.Write("shrinks", std::string(1 << 20, 'x'));
+    HynHost::FileBytes file;
+    ASSERT_EQ(file.Open(path), 0);
+    const auto bytes = file.Bytes();
+    ASSERT_EQ(bytes.size(), 1U << 20);
+    EXPECT_EQ(bytes.front(), 'x');
+    EXPECT_FALSE(file.Failed());
+    std::filesystem::resize_file(path, 0);
+    EXPECT_EQ(bytes.back(), 0);
+    EXPECT_TRUE(file.Failed());
 
-        std::ofstream(path, std::ios::binary) << "small";
-        ASSERT_EQ(file.Open(path), 0);
-        EXPECT_FALSE(file.Failed()) << "each file anew";
-        EXPECT_EQ(file.Bytes().size(), 5U);
-    }
-    std::filesystem::remove(path);
+    folder.Write("shrinks", "small");
+    ASSERT_EQ(file.Open(path), 0);
+    EXPECT_FALSE(file.Failed()) << "each file anew";
+    EXPECT_EQ(file.Bytes().size(), 5U);
 }
 
 // tests/faults shows which setting of the engine keeps what.

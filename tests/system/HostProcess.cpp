@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 #include <grp.h>
@@ -14,6 +13,8 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <tests/support/InChild.h>
 
 namespace HalyonTest
 {
@@ -147,14 +148,12 @@ HostOutcome HostProcess::Finish()
 
 bool CanRunAsSomebodyElse()
 {
-    using std::filesystem::perms;
-    std::filesystem::path folder = std::filesystem::path(HYNHOST).parent_path();
-    for (; folder != folder.root_path(); folder = folder.parent_path())
+    const auto canNobody = []
     {
-        if ((status(folder).permissions() & perms::others_exec) == perms::none)
-            return false;
-    }
-    return getuid() == 0;
+        BecomeNobody();
+        return std::string(access(HYNHOST, X_OK) == 0 ? "yes" : "no");
+    };
+    return getuid() == 0 && InChild(canNobody) == "yes";
 }
 
 HostOutcome RunHost(const std::vector<std::string>& arguments, const HostOptions& options)

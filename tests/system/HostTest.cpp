@@ -1,12 +1,10 @@
 #include <tests/system/HostTest.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <halyon/tools/CHynPathHelper.h>
 
@@ -30,19 +28,7 @@ std::filesystem::path TemporaryFolder()
 }
 } // namespace
 
-HostTest::HostTest()
-{
-    std::string name = (TemporaryFolder() / "hynhost-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("cannot make " + name);
-    m_folder = std::filesystem::canonical(name);
-}
-
-HostTest::~HostTest()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
-}
+HostTest::HostTest() : m_folder(TemporaryFolder()) {}
 
 std::filesystem::path HostTest::CopySamples(const std::vector<std::string>& names) const
 {
@@ -67,7 +53,7 @@ HostOptions HostTest::InZone(HostOptions options) const
 {
     options.environment.emplace("TZ", m_zone);
     options.environment.emplace("TERM", "xterm");
-    options.environment.emplace("HOME", m_folder.string());
+    options.environment.emplace("HOME", m_folder.Path().string());
     options.environment.emplace("XDG_DATA_HOME", "");
     return options;
 }

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tests/support/TempFolder.h>
 #include <tests/system/HostProcess.h>
 
 namespace HalyonTest
@@ -24,9 +25,8 @@ class HostTest : public ::testing::Test
 {
 protected:
     HostTest();
-    ~HostTest() override;
 
-    [[nodiscard]] std::filesystem::path Path(const std::string& name) const { return m_folder / name; }
+    [[nodiscard]] std::filesystem::path Path(const std::string& name) const { return m_folder.Path() / name; }
     [[nodiscard]] std::string Catalog() const { return Path("catalog.db").string(); }
 
     // A copy of the sample files in the folder `media`, or of those that are named; each was modified at
@@ -45,6 +45,6 @@ protected:
     std::string m_zone = "UTC";
 
 private:
-    std::filesystem::path m_folder;
+    TempFolder m_folder;
 };
 } // namespace HalyonTest

@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <tests/support/Command.h>
+
 using HalyonTest::HostOutcome;
 using HalyonTest::Shows;
 
@@ -159,8 +161,7 @@ TEST_F(ImportTest, RefusesWhatIsNoCatalogueAndLeavesItAlone)
         EXPECT_EQ(outcome.status, 1) << catalog;
         EXPECT_TRUE(Shows(outcome.err, reason));
     }
-    std::ifstream diary(Path("diary"));
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(diary), {}), text);
+    EXPECT_EQ(HalyonTest::ContentOf(Path("diary")), text);
     EXPECT_EQ(Host({"sql", "--csv", other, "SELECT name FROM sqlite_schema"}).out, "name\r\nmine\r\n");
 }
 

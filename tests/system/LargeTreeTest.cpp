@@ -37,15 +37,6 @@ TEST_F(LargeTreeTest, IsImportedListedAndImportedAgain)
     EXPECT_TRUE(Shows(Import(Tree()).out, "0 new, 0 changed, 20000 unchanged, 0 gone"));
     EXPECT_EQ(Query("SELECT count(DISTINCT taken), min(rating), max(rating), min(width), max(width) FROM media"),
               "1000,1,5,48,96\n");
-
-    const HostOutcome days = List({"--by", "day", "--limit", "2"});
-    EXPECT_EQ(days.out, "Day              Files      Bytes  First     Last\n"
-                        "--------------  ------  ---------  --------  --------\n"
-                        "2010-03-09 Tue     100     25,060  00:35:00  07:03:00\n"
-                        "2010-03-08 Mon     300     75,220  00:20:00  22:58:00\n"
-                        "--------------  ------  ---------  --------  --------\n"
-                        "Total           20,000  4,884,920\n"
-                        "2 of 68 days are shown; the total counts all.\n");
 }
 
 TEST_F(LargeTreeTest, InterruptedImportLeavesAWholeCatalogueAndCompletesLater)

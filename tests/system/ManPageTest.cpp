@@ -1,22 +1,15 @@
 // The manual page: it renders, and it leaves out nothing that the program offers.
 #include <tests/system/HostTest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <regex>
 
-namespace
-{
-class ManPageTest : public HalyonTest::HostTest
-{
-};
-} // namespace
+#include <tests/support/Command.h>
+
+using ManPageTest = HalyonTest::HostTest;
 
 TEST_F(ManPageTest, NamesEveryOptionOfEverySubcommand)
 {
-    std::ifstream file(HALYON_MAN_PAGE);
-    std::string page(std::istreambuf_iterator<char>(file), {});
+    std::string page = HalyonTest::ContentOf(HALYON_MAN_PAGE);
     std::erase(page, '\\');
     for (const std::string subcommand : {"import", "list", "info", "open", "trash", "sql"})
     {
@@ -32,12 +25,5 @@ TEST_F(ManPageTest, NamesEveryOptionOfEverySubcommand)
 
 TEST_F(ManPageTest, RendersWithoutAWarning)
 {
-    const std::string command = "LC_ALL=C man --warnings -E UTF-8 -l '" HALYON_MAN_PAGE "' 2>&1 >/dev/null";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string warnings;
-    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe))
-        warnings += static_cast<char>(c);
-    EXPECT_EQ(pclose(pipe), 0);
-    EXPECT_EQ(warnings, "");
+    EXPECT_EQ(HalyonTest::ManualPageWarnings(HALYON_MAN_PAGE), "");
 }

@@ -7,12 +7,7 @@ using HalyonTest::HostOutcome;
 using HalyonTest::HostProcess;
 using HalyonTest::Shows;
 
-namespace
-{
-class ManyImportsTest : public HalyonTest::HostTest
-{
-};
-} // namespace
+using ManyImportsTest = HalyonTest::HostTest;
 
 TEST_F(ManyImportsTest, IntoOneCatalogueAtOnceEndWellAndLoseNothing)
 {
