@@ -5,14 +5,13 @@
 #include <csignal>
 #include <deque>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -40,10 +39,9 @@ class Launch : public testing::Test
 protected:
     Launch()
     {
-        mkfifo((m_top.Path() / "records").c_str(), 0600);
-        m_records = open((m_top.Path() / "records").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        mkfifo(At("records").c_str(), 0600);
+        m_records.open(At("records")); // to read and to write, so that it never ends
     }
-    ~Launch() override { close(m_records); }
 
     void Script(const std::string& name, const std::string& text, mode_t mode = 0755) const
     {
@@ -59,26 +57,12 @@ protected:
                          " \"$(printf '\\004')\" >'" + (m_top.Path() / "records").native() + "'\n");
     }
 
-    // The next record; a word that says so when none comes in time.
+    // The next record; waits for it.
     Words NextRecord()
     {
-        constexpr int kPatience = 20'000;
-        constexpr std::string_view kEnd("\4\0", 2);
-        while (m_unread.find(kEnd) == std::string::npos)
-        {
-            pollfd wait = {m_records, POLLIN, 0};
-            char part[4096];
-            if (poll(&wait, 1, kPatience) <= 0)
-                return {"no record"};
-            m_unread.append(part, static_cast<std::size_t>(std::max<ssize_t>(read(m_records, part, sizeof part), 0)));
-        }
         Words words;
-        for (std::size_t end = 0; words.empty() || words.back() != "\4"; m_unread.erase(0, end + 1))
-        {
-            end = m_unread.find('\0');
-            words.push_back(m_unread.substr(0, end));
-        }
-        words.pop_back();
+        for (std::string word; std::getline(m_records, word, '\0') && word != "\4";)
+            words.push_back(word);
         return words;
     }
 
@@ -101,8 +85,7 @@ protected:
     const TempFolder m_top;
 
 private:
-    int m_records = -1;
-    std::string m_unread;
+    std::fstream m_records;
 };
 
 // Not even one that has ended.

@@ -8,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <sys/mount.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 #include <halyon/platform/TovPCMac.h>
 #include <tests/support/InChild.h>
@@ -132,70 +130,63 @@ TEST(Volume, FoldersOfRealMountsWhateverTheirNames)
                         " 1 0\n");
 }
 
+// In place of the machine's own stand a list of mounts, and devices that say whether they or their disk are removable.
 TEST(Volume, KindsByWhatIsMounted)
 {
     if (!MayHaveOwnMounts())
         GTEST_SKIP() << "this user may not mount anything (needs CAP_SYS_ADMIN)";
-    const std::tuple<const char*, const char*, std::uint32_t> cases[] = {
-        {"/nfs", "nfs4 host:/export", kTovDriveRemote}, {"/ssh", "fuse.sshfs ann@host:", kTovDriveRemote},
-        {"/plan", "9p share", kTovDriveRemote},         {"/disc", "iso9660 /none/sr0", kTovDriveOptical},
-        {"/mem", "ramfs none", kTovDriveMemory},        {"/layers", "overlay overlay", kTovDriveFixed},
-        {"/pool", "zfs pool/data", kTovDriveFixed},     {"/tree", "btrfs /none/sda2", kTovDriveFixed},
-        {"/sys2", "sysfs sysfs", kTovDriveUnknown},     {"/fuse", "fuse.portal portal", kTovDriveUnknown},
-        {"/word", "other  ", kTovDriveUnknown},
+    const struct
+    {
+        const char* device;
+        const char* what;
+        std::uint32_t kind;
+    } cases[] = {
+        {"0:99", "nfs4 host:/export", kTovDriveRemote},
+        {"0:99", "fuse.sshfs ann@host:", kTovDriveRemote},
+        {"0:99", "9p share", kTovDriveRemote},
+        {"0:99", "iso9660 /none/sr0", kTovDriveOptical},
+        {"0:99", "ramfs none", kTovDriveMemory},
+        {"0:99", "overlay overlay", kTovDriveFixed},
+        {"0:99", "zfs pool/data", kTovDriveFixed},
+        {"0:99", "btrfs /none/sda2", kTovDriveFixed},
+        {"0:99", "sysfs sysfs", kTovDriveUnknown},
+        {"0:99", "fuse.portal portal", kTovDriveUnknown},
+        {"0:99", "other  ", kTovDriveUnknown},
+        {"11:0", "udf /dev/sr0", kTovDriveOptical},
+        {"8:1", "ext4 /dev/silent", kTovDriveFixed},
+        {"8:2", "ext4 /dev/stick", kTovDriveRemovable},
+        {"8:3", "ext4 /dev/part-of-stick", kTovDriveRemovable},
+        {"8:4", "ext4 /dev/part-of-disk", kTovDriveFixed},
     };
     const TempFolder folder;
     std::string table = "1 0 0:99 / / rw - overlay overlay rw\n";
-    int id = 2;
-    for (const auto& [at, what, kind] : cases)
-        table += std::to_string(id++) + " 1 0:99 / /none" + at + " rw shared:1 master:2 - " + what + " rw\n";
-    table += std::to_string(id) + " 1 11:0 / /none/udf rw - udf /dev/sr0 rw\nnot a line\n";
-    folder.Write("table", table);
-    const std::string kinds = InChild(
-        [&]
-        {
-            if (!EnterOwnMounts() ||
-                mount((folder.Path() / "table").c_str(), "/proc/self/mountinfo", nullptr, MS_BIND, nullptr) != 0)
-                return std::string("no mount");
-            std::string text;
-            for (const auto& [at, what, kind] : cases)
-                text += std::to_string(KindOf(std::string("/none") + at)) + " ";
-            return text + std::to_string(KindOf("/none/udf")) + DriverOf("/none/nfs/a");
-        });
     std::string expected;
-    for (const auto& [at, what, kind] : cases)
+    for (int id = 0; const auto& [device, what, kind] : cases)
+    {
+        const std::string number = std::to_string(++id + 1);
+        table += number + " 1 " + device + " / /none/" + number + " rw shared:1 master:2 - " + what + " rw\n";
         expected += std::to_string(kind) + " ";
-    EXPECT_EQ(kinds, expected + "5/none/nfs");
-}
-
-// In place of the system's devices stand some that say what the disk of "/" would.
-TEST(Volume, RemovableIsWhatTheDiskOrItsDeviceSays)
-{
-    struct stat root = {};
-    ASSERT_EQ(stat("/", &root), 0);
-    if (!MayHaveOwnMounts() || TovGetDriveType(u"/") != kTovDriveFixed || major(root.st_dev) == 0)
-        GTEST_SKIP() << "needs CAP_SYS_ADMIN and a root folder on a disk";
-    const std::string device = std::to_string(major(root.st_dev)) + ":" + std::to_string(minor(root.st_dev));
+    }
+    folder.Write("table", table + "not a line\n");
     const std::string kinds = InChild(
         [&]
         {
             const fs::path devices = "/sys/dev/block";
-            if (!EnterOwnMounts() || !MountMemory(devices))
+            if (!EnterOwnMounts() || !MountMemory(devices) ||
+                mount((folder.Path() / "table").c_str(), "/proc/self/mountinfo", nullptr, MS_BIND, nullptr) != 0)
                 return std::string("no mount");
-            const auto write = [&](const char* name, const char* text)
+            for (const auto& [device, place] : {std::pair("8:1", "silent"), std::pair("8:2", "stick"),
+                                                std::pair("8:3", "stick/part"), std::pair("8:4", "disk/part")})
             {
-                std::ofstream(devices / name) << text;
-            };
-            fs::create_directories(devices / "disk/part");
-            fs::create_directory_symlink("disk", devices / device);
-            std::string text = std::to_string(KindOf("/"));
-            write("disk/removable", "1\n");
-            text += std::to_string(KindOf("/"));
-            fs::remove(devices / device);
-            fs::create_directory_symlink("disk/part", devices / device);
-            text += std::to_string(KindOf("/"));
-            write("disk/removable", "0\n");
-            return text + std::to_string(KindOf("/"));
+                fs::create_directories(devices / place);
+                fs::create_directory_symlink(place, devices / device);
+            }
+            std::ofstream(devices / "stick/removable") << "1\n";
+            std::ofstream(devices / "disk/removable") << "0\n";
+            std::string text;
+            for (std::size_t id = 2; id < std::size(cases) + 2; ++id)
+                text += std::to_string(KindOf("/none/" + std::to_string(id))) + " ";
+            return text + DriverOf("/none/2/a");
         });
-    EXPECT_EQ(kinds, "3223");
+    EXPECT_EQ(kinds, expected + "/none/2");
 }
