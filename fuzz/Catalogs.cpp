@@ -23,9 +23,9 @@ namespace
 {
 constexpr const char* kRows = "INSERT INTO volume VALUES (11, '/disk', NULL), (12, '/gone', 'uuid'), (13, '', 'root');"
                               "INSERT INTO folder VALUES (11, 11, '/a/'), (12, 12, '/b/'), (13, 13, '/home/');"
-                              "INSERT INTO file VALUES (11, 11, 'x.jpg', 10, 1, 1, 'JPEG', 1e8, 4, 3, 5, NULL),"
-                              " (12, 12, 'y.mp4', 2000000, 2, 2, 'MPEG', -1e9, NULL, NULL, NULL, 'cut short'),"
-                              " (13, 13, 'z.txt', 1, 3, 3, NULL, NULL, NULL, NULL, NULL, NULL)";
+                              "INSERT INTO file VALUES (11, 11, 'x.jpg', 10, 1, 1, 'JPEG', 1e8, 4, 3, 5, NULL, 2),"
+                              " (12, 12, 'y.mp4', 2000000, 2, 2, 'MPEG', -1e9, NULL, NULL, NULL, 'cut short', NULL),"
+                              " (13, 13, 'z.txt', 1, 3, 3, NULL, NULL, NULL, NULL, NULL, NULL, NULL)";
 
 // What SQL can make of a catalogue, in bounded time and without other files.
 void ChangeBySql(const std::string& file, const std::string& sql)

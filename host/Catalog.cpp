@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,7 +19,7 @@ namespace HynHost
 namespace
 {
 constexpr std::int32_t kApplicationID = 0x48796E43; // "HynC"
-constexpr std::int32_t kVersion = 2;
+constexpr std::int32_t kVersion = 3;
 
 constexpr const char16_t* kMakeVolume =
     u"CREATE TABLE volume (id INTEGER PRIMARY KEY, mount TEXT NOT NULL, identity TEXT UNIQUE)";
@@ -27,7 +28,8 @@ constexpr const char16_t* kMakeVolume =
 constexpr const char16_t* kMakeView =
     u"CREATE VIEW media AS SELECT file.id AS id, mount || folder.path || file.name AS path,"
     u" CASE mount || folder.path WHEN '/' THEN '/' ELSE rtrim(mount || folder.path, '/') END AS folder,"
-    u" file.name AS name, kind, size, mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem,"
+    u" file.name AS name, kind, size, mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height,"
+    u" CASE WHEN given IS NULL THEN rating ELSE NULLIF(given, -1) END AS rating, problem,"
     u" volume FROM file JOIN folder ON folder.id = file.folder JOIN volume ON volume.id = folder.volume"
     u" WHERE kind IS NOT NULL";
 
@@ -49,14 +51,62 @@ constexpr const char16_t* kMakeFile = u"CREATE TABLE file ("
                                       u" width INTEGER,"
                                       u" height INTEGER,"
                                       u" rating INTEGER,"
-                                      u" problem TEXT,"
+                                      u" problem TEXT, given INTEGER,"
                                       u" UNIQUE (folder, name))";
 
-constexpr const char16_t* kSetVersion = u"PRAGMA user_version = 2";
+constexpr const char16_t* kMakeThumbnail = u"CREATE TABLE thumbnail ("
+                                           u" file INTEGER PRIMARY KEY REFERENCES file (id),"
+                                           u" size INTEGER NOT NULL,"
+                                           u" mtime_ns INTEGER NOT NULL,"
+                                           u" inode INTEGER NOT NULL,"
+                                           u" image BLOB)";
+
+// Files go one by one and in more than one place; identifiers are used again.
+constexpr const char16_t* kMakeTrigger =
+    u"CREATE TRIGGER file_gone AFTER DELETE ON file BEGIN DELETE FROM thumbnail WHERE file = old.id; END";
+
+constexpr const char16_t* kSetVersion = u"PRAGMA user_version = 3";
 
 constexpr const char16_t* kSchema[] = {
-    kMakeVolume, kMakeFolder, kMakeFile, kMakeView, u"PRAGMA application_id = 1215917635", kSetVersion,
+    kMakeVolume, kMakeFolder, kMakeFile, kMakeThumbnail, kMakeTrigger, kMakeView, u"PRAGMA application_id = 1215917635",
+    kSetVersion,
 };
+
+// Version 2 knew no thumbnails, and of stars only what the files say. The engine writes the new column where kMakeFile
+// has it.
+constexpr const char16_t* kFromVersion2[] = {
+    u"DROP VIEW media", u"ALTER TABLE file ADD COLUMN given INTEGER", kMakeThumbnail, kMakeTrigger, kMakeView,
+    kSetVersion,
+};
+
+// How earlier versions made what this one makes otherwise.
+constexpr const char16_t* kFolderOfVersion1 =
+    u"CREATE TABLE folder (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE)";
+constexpr const char16_t* kViewOfVersion1 =
+    u"CREATE VIEW media AS SELECT file.id AS id, folder.path || file.name AS path,"
+    u" CASE folder.path WHEN '/' THEN '/' ELSE rtrim(folder.path, '/') END AS folder, file.name AS name, kind, size,"
+    u" mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem"
+    u" FROM file JOIN folder ON folder.id = file.folder WHERE kind IS NOT NULL";
+constexpr const char16_t* kViewOfVersion2 =
+    u"CREATE VIEW media AS SELECT file.id AS id, mount || folder.path || file.name AS path,"
+    u" CASE mount || folder.path WHEN '/' THEN '/' ELSE rtrim(mount || folder.path, '/') END AS folder,"
+    u" file.name AS name, kind, size, mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem,"
+    u" volume FROM file JOIN folder ON folder.id = file.folder JOIN volume ON volume.id = folder.volume"
+    u" WHERE kind IS NOT NULL";
+constexpr const char16_t* kFileOfVersion2 = u"CREATE TABLE file ("
+                                            u" id INTEGER PRIMARY KEY,"
+                                            u" folder INTEGER NOT NULL REFERENCES folder (id),"
+                                            u" name TEXT NOT NULL,"
+                                            u" size INTEGER NOT NULL,"
+                                            u" mtime_ns INTEGER NOT NULL,"
+                                            u" inode INTEGER NOT NULL,"
+                                            u" kind TEXT,"
+                                            u" taken REAL,"
+                                            u" width INTEGER,"
+                                            u" height INTEGER,"
+                                            u" rating INTEGER,"
+                                            u" problem TEXT,"
+                                            u" UNIQUE (folder, name))";
 
 // Version 1 kept absolute paths, which are paths on the startup volume; other volumes take theirs when they are
 // imported. A new table, for the old one holds each path once.
@@ -72,23 +122,12 @@ constexpr const char16_t* kFromVersion1[] = {
     u"INSERT INTO folder_2 (id, volume, path) SELECT id, 1, path FROM folder",
     u"DROP TABLE folder",
     u"ALTER TABLE folder_2 RENAME TO folder",
-    kMakeView,
-    kSetVersion,
+    kViewOfVersion2,
 };
-
-// How version 1 made what this one makes otherwise.
-constexpr const char16_t* kFolderOfVersion1 =
-    u"CREATE TABLE folder (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE)";
-constexpr const char16_t* kViewOfVersion1 =
-    u"CREATE VIEW media AS SELECT file.id AS id, folder.path || file.name AS path,"
-    u" CASE folder.path WHEN '/' THEN '/' ELSE rtrim(folder.path, '/') END AS folder, file.name AS name, kind, size,"
-    u" mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem"
-    u" FROM file JOIN folder ON folder.id = file.folder WHERE kind IS NOT NULL";
-
 // What no version has made. A table that was renamed has its name in quotes. The engine's own statistics do no harm.
 constexpr const char16_t* kFindForeign =
     u"SELECT name FROM sqlite_master WHERE sql IS NOT NULL AND sql NOT LIKE 'CREATE TABLE sqlite@_stat%' ESCAPE '@'"
-    u" AND replace(sql, '\"', '') NOT IN (?, ?, ?, ?, ?, ?) ORDER BY name LIMIT 1";
+    u" AND replace(sql, '\"', '') NOT IN (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ORDER BY name LIMIT 1";
 
 constexpr std::string_view kOpenAction = "cannot open the catalogue";
 
@@ -183,28 +222,40 @@ void Catalog::CheckSchema()
         Number(m_database, u"PRAGMA user_version") > kVersion)
         return; // it is refused for that
     Command find = m_database.prepare(kFindForeign);
-    const Rows foreign = find.query(kMakeVolume, kMakeFolder, kMakeFile, kMakeView, kFolderOfVersion1, kViewOfVersion1);
+    const Rows foreign = find.query(kMakeVolume, kMakeFolder, kMakeFile, kMakeThumbnail, kMakeTrigger, kMakeView,
+                                    kFolderOfVersion1, kViewOfVersion1, kFileOfVersion2, kViewOfVersion2);
     if (foreign.at_end())
         return;
     const std::string name = PrintableText(foreign.row().get<std::optional<std::string>>(0).value_or(""));
     throw HostError(kOpenAction, m_database.File(), "it holds \"" + name + "\", which this program did not make so");
 }
 
+// The version of a catalogue that this program brings to its own; 0 when there is nothing to do.
+std::int32_t Catalog::OldVersion()
+{
+    if (Number(m_database, u"PRAGMA application_id") != kApplicationID)
+        return 0;
+    const std::int32_t version = Number(m_database, u"PRAGMA user_version");
+    return version >= 1 && version < kVersion ? version : 0;
+}
+
 void Catalog::Upgrade()
 {
-    const auto isOld = [this]
-    {
-        return Number(m_database, u"PRAGMA application_id") == kApplicationID &&
-               Number(m_database, u"PRAGMA user_version") == 1;
-    };
-    if (!isOld())
+    if (OldVersion() == 0)
         return;
     CheckWritable(m_database.File());
     Transaction transaction(m_database);
-    if (!isOld()) // another program was faster
+    const std::int32_t version = OldVersion();
+    if (version == 0) // another program was faster
         return;
-    for (const char16_t* sql : kFromVersion1)
-        m_database.execute(sql);
+    const auto execute = [this](std::span<const char16_t* const> statements)
+    {
+        for (const char16_t* sql : statements)
+            m_database.execute(sql);
+    };
+    if (version == 1)
+        execute(kFromVersion1);
+    execute(kFromVersion2);
     transaction.Commit();
 }
 

@@ -6,12 +6,17 @@
 //       is NULL when the machine gave none
 //   folder(id, volume, path)
 //       `path` begins at the volume's mount point and with a "/", and ends in one
-//   file(id, folder, name, size, mtime_ns, inode, kind, taken, width, height, rating, problem)
-//       one row for each file that was looked at; `kind` is NULL when it is no medium, so that it is not read again
+//   file(id, folder, name, size, mtime_ns, inode, kind, taken, width, height, rating, problem, given)
+//       one row for each file that was looked at; `kind` is NULL when it is no medium, so that it is not read again;
+//       `rating` is what the file says, `given` what a user said instead: 0 to 5 stars, -1 for none, or NULL
+//   thumbnail(file, size, mtime_ns, inode, image)
+//       of a file with these marks, and of no other state of it; `image` is a JPEG or PNG, or NULL when none can be
+//       made
 // and the view that everything else reads, media files only:
 //   media(id, path, folder, name, kind, size, modified, taken, width, height, rating, problem, volume)
 //       `path` and `folder` are absolute, by the volume's `mount`; `modified` and `taken` are FILETIMEs as the module
-//       stores them, seconds since 2001-01-01 UTC; width, height, rating and problem may be NULL
+//       stores them, seconds since 2001-01-01 UTC; `rating` is what was given, else what was read; width, height,
+//       rating and problem may be NULL
 //
 // A catalogue carries an application id and a version in the database header. One of an earlier version is brought to
 // this one when it is opened, in one transaction; a file that is something else, or of a later version, or that holds
@@ -46,6 +51,7 @@ public:
 
 private:
     void Create();
+    std::int32_t OldVersion();
     void Upgrade();
     void CheckSchema();
     void CheckVersion();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace HynHost
 {
@@ -70,5 +71,29 @@ long long EnterVolume(Database& database, const Volume& volume)
     if (!volume.identity.empty())
         Run(database, u"UPDATE volume SET identity = ?2 WHERE id = ?1", id, volume.identity);
     return id;
+}
+
+VolumePlaces::VolumePlaces(Database& database)
+{
+    const MountedVolumes mounted;
+    for (StoredVolume& volume : StoredVolumes(database))
+    {
+        Place place{std::move(volume.mount), std::nullopt};
+        place.now = volume.identity.empty() ? place.stored : mounted.MountOf(volume.identity);
+        m_places.emplace(volume.id, std::move(place));
+    }
+}
+
+bool VolumePlaces::IsHere(long long volume) const
+{
+    const auto at = m_places.find(volume);
+    return at == m_places.end() || at->second.now;
+}
+
+void VolumePlaces::Correct(long long volume, std::string& path) const
+{
+    const auto at = m_places.find(volume);
+    if (at != m_places.end() && at->second.now && *at->second.now != at->second.stored)
+        path.replace(0, at->second.stored.size(), *at->second.now);
 }
 } // namespace HynHost

@@ -1,6 +1,7 @@
 // The volumes of a catalogue. Its folders are kept as paths on a volume, so that they move with it.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,4 +28,26 @@ struct StoredVolume
 // catalogue holds below its mount point: catalogues of version 1 did not tell volumes apart. Requires: an exclusive
 // transaction. [owner]
 [[nodiscard]] long long EnterVolume(Database& database, const Volume& volume);
+
+// Where the catalogue's volumes are now. A picture of the moment it is made.
+class VolumePlaces
+{
+public:
+    VolumePlaces() = default;
+    explicit VolumePlaces(Database& database);
+
+    // Whether a volume is mounted somewhere. [any]
+    [[nodiscard]] bool IsHere(long long volume) const;
+
+    // Puts a path right that is that of its volume's last import. [any]
+    void Correct(long long volume, std::string& path) const;
+
+private:
+    struct Place
+    {
+        std::string stored;
+        std::optional<std::string> now;
+    };
+    std::map<long long, Place> m_places;
+};
 } // namespace HynHost

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -117,42 +116,15 @@ std::string Weekday(const FILETIME& moment)
                                                 static_cast<std::uint16_t>(day)));
 }
 
-// Where the catalogue's volumes are now.
-class VolumePlaces
+// Puts right where a medium lies whose paths are those of its last import.
+void Correct(const VolumePlaces& places, long long volume, Medium& medium)
 {
-public:
-    explicit VolumePlaces(Database& database)
-    {
-        const MountedVolumes mounted;
-        for (StoredVolume& volume : StoredVolumes(database))
-        {
-            Place place{std::move(volume.mount), std::nullopt};
-            place.now = volume.identity.empty() ? place.stored : mounted.MountOf(volume.identity);
-            m_places.emplace(volume.id, std::move(place));
-        }
-    }
-
-    // Puts right where a medium lies whose paths are those of its last import.
-    void Correct(long long volume, Medium& medium) const
-    {
-        const auto at = m_places.find(volume);
-        medium.absent = at != m_places.end() && !at->second.now;
-        if (at == m_places.end() || medium.absent || *at->second.now == at->second.stored)
-            return;
-        for (std::string* path : {&medium.path, &medium.folder})
-            path->replace(0, at->second.stored.size(), *at->second.now);
-        if (medium.folder.ends_with('/') && medium.folder.size() > 1) // it was the root folder
-            medium.folder.pop_back();
-    }
-
-private:
-    struct Place
-    {
-        std::string stored;
-        std::optional<std::string> now;
-    };
-    std::map<long long, Place> m_places;
-};
+    medium.absent = !places.IsHere(volume);
+    places.Correct(volume, medium.path);
+    places.Correct(volume, medium.folder);
+    if (medium.folder.ends_with('/') && medium.folder.size() > 1) // it was the root folder
+        medium.folder.pop_back();
+}
 
 template <class Visit>
 void ForEachMedium(Catalog& catalog, Visit visit)
@@ -176,7 +148,7 @@ void ForEachMedium(Catalog& catalog, Visit visit)
         row.read(6, medium.height);
         row.read(7, medium.rating);
         row.read(8, medium.problem);
-        places.Correct(row.get<long long>(9), medium);
+        Correct(places, row.get<long long>(9), medium);
         visit(medium);
     }
 }

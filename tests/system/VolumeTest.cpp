@@ -127,8 +127,16 @@ TEST_F(DiskTest, IsTheSameFromAboveItsMountPoint)
 
 namespace
 {
-// Brings a catalogue back to how version 1 kept it.
-constexpr const char* kToVersion1 =
+// Brings a catalogue back to how version 2 kept it, and to how version 1 did.
+constexpr const char* kToVersion2 =
+    "DROP VIEW media; DROP TRIGGER file_gone; DROP TABLE thumbnail; ALTER TABLE file DROP COLUMN given;"
+    "CREATE VIEW media AS SELECT file.id AS id, mount || folder.path || file.name AS path,"
+    " CASE mount || folder.path WHEN '/' THEN '/' ELSE rtrim(mount || folder.path, '/') END AS folder,"
+    " file.name AS name, kind, size, mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem,"
+    " volume FROM file JOIN folder ON folder.id = file.folder JOIN volume ON volume.id = folder.volume"
+    " WHERE kind IS NOT NULL;"
+    "PRAGMA user_version = 2;";
+constexpr const char* kFrom2ToVersion1 =
     "DROP VIEW media; CREATE TABLE folder_1 (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE);"
     "INSERT INTO folder_1 SELECT folder.id, mount || path FROM folder JOIN volume ON volume.id = volume;"
     "DROP TABLE folder; ALTER TABLE folder_1 RENAME TO folder; DROP TABLE volume;"
@@ -139,27 +147,30 @@ constexpr const char* kToVersion1 =
     "PRAGMA user_version = 1";
 } // namespace
 
-TEST_F(VolumeTest, ACatalogueOfVersion1IsTakenOverAndALaterOneRefused)
+TEST_F(VolumeTest, ACatalogueOfAnEarlierVersionIsTakenOverAndALaterOneRefused)
 {
     const auto media = CopySamples(kSamples);
     ASSERT_TRUE(Shows(Import(media).out, "3 new"));
     const std::string listed = List({}).out;
-    Change(kToVersion1);
-    EXPECT_EQ(List({}).out, listed);
-    EXPECT_TRUE(Shows(Import(media).out, "0 new, 0 changed, 3 unchanged, 0 gone"));
-    EXPECT_EQ(Query("PRAGMA integrity_check; PRAGMA user_version; PRAGMA foreign_key_check"),
-              "ok\n\nuser_version\n2\n\ntable,rowid,parent,fkid\n");
+    for (const std::string& back : {std::string(kToVersion2), std::string(kToVersion2) + kFrom2ToVersion1})
+    {
+        Change(back);
+        EXPECT_EQ(List({}).out, listed);
+        EXPECT_TRUE(Shows(Import(media).out, "0 new, 0 changed, 3 unchanged, 0 gone"));
+        EXPECT_EQ(Query("PRAGMA integrity_check; PRAGMA user_version; PRAGMA foreign_key_check"),
+                  "ok\n\nuser_version\n3\n\ntable,rowid,parent,fkid\n");
+    }
 
-    Change("PRAGMA user_version = 3");
+    Change("PRAGMA user_version = 4");
     const HostOutcome outcome = Import(media);
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_TRUE(Shows(outcome.err, "it is of version 3, this program knows 2"));
+    EXPECT_TRUE(Shows(outcome.err, "it is of version 4, this program knows 3"));
 }
 
 TEST_F(DiskTest, TakesWhatVersion1HeldBelowItsMountPoint)
 {
     ASSERT_TRUE(Shows(Import(Path("")).out, "6 new"));
-    Change(kToVersion1);
+    Change(std::string(kToVersion2) + kFrom2ToVersion1);
     EXPECT_TRUE(Shows(Import(Path("here")).out, "0 new, 0 changed, 3 unchanged, 0 gone"));
     EXPECT_EQ(Query("SELECT volume, count(*) FROM media GROUP BY volume"), "1,3\n2,3\n");
 }
