@@ -51,6 +51,12 @@ std::string_view MediaKindName(MediaKind kind) noexcept
     return kNames[static_cast<std::size_t>(kind)];
 }
 
+std::optional<MediaKind> MediaKindFromName(std::string_view name) noexcept
+{
+    const auto found = std::ranges::find(kNames, name);
+    return found == kNames.end() ? std::nullopt : std::optional(static_cast<MediaKind>(found - kNames.begin()));
+}
+
 std::optional<MediaKind> MediaKindFromMime(std::string_view mime) noexcept
 {
     const auto* found = std::ranges::find(kMimes, mime, &MimeKind::mime);

@@ -26,6 +26,9 @@ enum class MediaKind : std::uint8_t
 // The name that the catalogue stores and people see ("JPEG"). [any]
 [[nodiscard]] std::string_view MediaKindName(MediaKind kind) noexcept;
 
+// The kind with such a name; nothing for other texts. [any]
+[[nodiscard]] std::optional<MediaKind> MediaKindFromName(std::string_view name) noexcept;
+
 // The kind of a MIME type as the recognition library words it ("image/jpeg"); nothing for what is no medium of ours.
 // [any]
 [[nodiscard]] std::optional<MediaKind> MediaKindFromMime(std::string_view mime) noexcept;

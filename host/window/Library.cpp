@@ -1,0 +1,247 @@
+#include <host/window/Library.h>
+
+#include <exception>
+#include <filesystem>
+#include <utility>
+
+#include <host/HostError.h>
+#include <host/PictureFacts.h>
+#include <host/window/LibraryParts.h>
+
+namespace HynHost
+{
+Library::Parts::Parts(Halyon::CHynThreadManager& manager, std::string file, LibraryListener& listener)
+    : m_listener(listener), m_catalog(std::move(file)), m_main(manager), m_writer(manager, "writer"),
+      m_reader(manager, "reader"),
+      m_thumbnails(manager, m_catalog,
+                   {[this](long long id, const QImage& image)
+                    { m_main.Post([this, id, image] { m_listener.OnThumbnail(id, image); }); },
+                    [this](MadeThumbnail made) { StoreLater(std::move(made)); },
+                    [this](const std::string& message)
+                    {
+                        Fail(message);
+                    }})
+{
+}
+
+Library::Parts::~Parts()
+{
+    m_catalog.Stop();
+    m_thumbnails.Stop();
+    m_reader.Stop();
+    m_writer.Stop();
+}
+
+template <class Work>
+void Library::Parts::Guarded(Work work) noexcept
+{
+    try
+    {
+        work();
+    }
+    catch (const Stopped&)
+    {
+    }
+    catch (const std::exception& failure)
+    {
+        Fail(failure.what());
+    }
+}
+
+void Library::Parts::Fail(const std::string& message)
+{
+    m_main.Post([this, message] { m_listener.OnFailure(message); });
+}
+
+void Library::Parts::Break(const std::string& message)
+{
+    m_main.Post([this, message] { m_listener.OnBroken(message); });
+}
+
+void Library::Parts::Open()
+{
+    m_writer.Post(
+        [this]
+        {
+            try
+            {
+                const bool exists = m_catalog.Open(Catalog::Mode::Existing);
+                m_main.Post([this, exists] { m_listener.OnOpened(exists); });
+                if (exists)
+                    Refresh();
+            }
+            catch (const Stopped&)
+            {
+            }
+            catch (const std::exception& failure)
+            {
+                Break(failure.what());
+            }
+        });
+}
+
+void Library::Parts::Search(const MediaQuery& query)
+{
+    {
+        const Halyon::TovMutexLock lock(m_mutex);
+        m_query = query;
+    }
+    Refresh();
+}
+
+void Library::Parts::Refresh()
+{
+    {
+        const Halyon::TovMutexLock lock(m_mutex);
+        if (m_isSearching || !m_catalog.IsOpen())
+            return;
+        m_isSearching = true;
+    }
+    m_reader.Post([this] { Find(); });
+}
+
+void Library::Parts::Find()
+{
+    MediaQuery query;
+    {
+        const Halyon::TovMutexLock lock(m_mutex);
+        m_isSearching = false; // what changes from now on is searched for again
+        query = m_query;
+    }
+    try
+    {
+        FoundMedia found = m_catalog.Read("cannot search the catalogue",
+                                          [&](Database& database) { return FindMedia(database, query); });
+        m_main.Post([this, found = std::move(found)] { m_listener.OnIndex(found.index, found.all); });
+    }
+    catch (const Stopped&)
+    {
+    }
+    catch (const std::exception& failure)
+    {
+        Break(failure.what());
+    }
+}
+
+void Library::Parts::WantDetails(long long id)
+{
+    m_wantedDetails.store(id);
+    m_reader.Post([this, id] { Guarded([this, id] { FindDetails(id); }); });
+}
+
+void Library::Parts::FindDetails(long long id)
+{
+    if (m_wantedDetails.load() != id || !m_catalog.IsOpen())
+        return;
+    const auto places = m_catalog.Places();
+    auto details = m_catalog.Read("cannot read the catalogue",
+                                  [&](Database& database) { return ReadDetails(database, *places, id); });
+    if (!details)
+        return;
+    std::error_code error;
+    details->isThere = std::filesystem::is_regular_file(details->path, error);
+    m_main.Post([this, details = std::move(*details)] { m_listener.OnDetails(details); });
+}
+
+// Those that are made while others are written are written together.
+void Library::Parts::StoreLater(MadeThumbnail made)
+{
+    {
+        const Halyon::TovMutexLock lock(m_mutex);
+        m_made.push_back(std::move(made));
+        if (m_made.size() > 1)
+            return;
+    }
+    m_writer.Post([this] { Guarded([this] { StoreMade(); }); });
+}
+
+void Library::Parts::StoreMade()
+{
+    m_catalog.WaitFor(Transaction::Kind::Exclusive);
+    std::vector<MadeThumbnail> made;
+    {
+        const Halyon::TovMutexLock lock(m_mutex);
+        made.swap(m_made);
+    }
+    try
+    {
+        m_catalog.Write("cannot store thumbnails in", [&](Database& database) { StoreThumbnails(database, made); });
+    }
+    catch (const HostError& failure)
+    {
+        if (!std::exchange(m_toldOfStoring, true)) // once: it would fail for each picture
+            Fail(failure.what());
+    }
+}
+
+// What is given in the window stands beside what the file says.
+void Library::Parts::Rate(std::vector<long long> ids, int stars)
+{
+    m_writer.Post(
+        [this, ids = std::move(ids), stars]
+        {
+            Guarded(
+                [&]
+                {
+                    m_catalog.Write("cannot give stars in",
+                                    [&](Database& database)
+                                    {
+                                        Command give = database.prepare(u"UPDATE file SET given = ?2 WHERE id = ?1");
+                                        for (const long long id : ids)
+                                            give.execute(id, stars);
+                                    });
+                    Refresh();
+                });
+        });
+}
+
+Library::Library(Halyon::CHynThreadManager& manager, std::string catalogFile, LibraryListener& listener)
+    : m_parts(std::make_unique<Parts>(manager, std::move(catalogFile), listener))
+{
+}
+
+Library::~Library() = default;
+
+void Library::Open()
+{
+    m_parts->Open();
+}
+
+void Library::Search(const MediaQuery& query)
+{
+    m_parts->Search(query);
+}
+
+void Library::WantThumbnails(std::vector<long long> ids)
+{
+    m_parts->WantThumbnails(std::move(ids));
+}
+
+void Library::WantDetails(long long id)
+{
+    m_parts->WantDetails(id);
+}
+
+void Library::Rate(std::vector<long long> ids, int stars)
+{
+    m_parts->Rate(std::move(ids), stars);
+}
+
+void Library::MoveToTrash(std::vector<long long> /*ids*/) {}
+
+void Library::UndoTrash() {}
+
+bool Library::CanUndoTrash() const noexcept
+{
+    return false;
+}
+
+void Library::StartImport(const std::string& /*folder*/) {}
+
+void Library::CancelImport() {}
+
+bool Library::IsImporting() const noexcept
+{
+    return false;
+}
+} // namespace HynHost
