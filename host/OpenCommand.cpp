@@ -8,57 +8,19 @@
 
 #include <CLI/CLI.hpp>
 
-#include <halyon/platform/LaunchServices.h>
-#include <halyon/string/CTovStringW.h>
-#include <host/DefaultApplication.h>
-#include <host/HostError.h>
 #include <host/ItemPath.h>
-#include <host/PrintableText.h>
+#include <host/Launching.h>
 #include <host/Recogniser.h>
 
 namespace HynHost
 {
 namespace
 {
-constexpr std::string_view kAction = "cannot open";
-
 struct Options
 {
     std::string file;
     std::string application;
 };
-
-// Starts an application, with a document unless `document` is empty.
-Halyon::OSStatus Start(const std::string& application, const std::string& document)
-{
-    Halyon::FSRef program{};
-    Halyon::FSRef item{};
-    if (!CTovStringW::FromUTF8(application).MakeFSRef(&program))
-        return Halyon::fnfErr;
-    if (!document.empty() && !CTovStringW::FromUTF8(document).MakeFSRef(&item))
-        return Halyon::fnfErr;
-    const std::uint32_t items = document.empty() ? 0 : 1;
-    const Halyon::LSLaunchFSRefSpec launch{&program, items, items == 0 ? nullptr : &item, nullptr, 1, nullptr};
-    return Halyon::LSOpenFromRefSpec(&launch, nullptr);
-}
-
-void Check(Halyon::OSStatus status, const std::string& path)
-{
-    if (status == Halyon::noErr)
-        return;
-    const char* reason = status == Halyon::fnfErr                   ? "there is no such file, or its path is too long"
-                         : status == Halyon::kLSNotAnApplicationErr ? "it is no application that could be started"
-                                                                    : "the system cannot start it";
-    throw HostError(kAction, PrintableText(path), reason);
-}
-
-void OpenDocument(const std::string& path)
-{
-    const std::string application = DefaultApplication(path);
-    if (application.empty())
-        throw HostError(kAction, PrintableText(path), "the desktop knows no application for it; name one with --with");
-    Check(Start(application, path), application);
-}
 
 // Whether the item itself is to be started. A disk without permissions of its own marks every file as a program, so a
 // medium is none, whatever its permissions say.
@@ -71,18 +33,14 @@ bool IsApplication(const std::string& path)
 
 void Open(const Options& options)
 {
-    const std::string path = ItemPath(kAction, options.file);
+    const std::string path = ItemPath(kOpenAction, options.file);
     if (!options.application.empty())
-    {
-        const std::string application = ItemPath(kAction, options.application);
-        return Check(Start(application, path), application);
-    }
+        return StartApplication(ItemPath(kOpenAction, options.application), path);
     if (!IsApplication(path))
         return OpenDocument(path);
-    const Halyon::OSStatus status = Start(path, {});
-    if (status == Halyon::kLSNotAnApplicationErr && std::filesystem::is_directory(path))
-        return OpenDocument(path);
-    Check(status, path);
+    if (TryStart(path, {}))
+        return;
+    std::filesystem::is_directory(path) ? OpenDocument(path) : StartApplication(path, {});
 }
 } // namespace
 
