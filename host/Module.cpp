@@ -17,7 +17,9 @@ std::filesystem::path FindModule()
         return named;
 
     const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    const std::array places = {folder / "HynSQ.so", folder / HYNHOST_INSTALLED_MODULE, folder / HYNHOST_BUILT_MODULE};
+    // The host and the organiser's window ask from folders of their own.
+    const std::array places = {folder / "HynSQ.so", folder / HYNHOST_INSTALLED_MODULE, folder / HYNHOST_BUILT_MODULE,
+                               folder / ORGANISER_INSTALLED_MODULE, folder / ORGANISER_BUILT_MODULE};
     std::string tried;
     for (const auto& place : places)
     {

@@ -15,6 +15,7 @@
 #include <host/InfoCommand.h>
 #include <host/ListCommand.h>
 #include <host/OpenCommand.h>
+#include <host/ShowCommand.h>
 #include <host/SqlCommand.h>
 #include <host/Storage.h>
 #include <host/TrashCommand.h>
@@ -38,6 +39,7 @@ int Run(int argc, char** argv)
         });
     HynHost::AddImportCommand(app);
     HynHost::AddListCommand(app);
+    HynHost::AddShowCommand(app);
     HynHost::AddInfoCommand(app);
     HynHost::AddOpenCommand(app);
     HynHost::AddTrashCommand(app);

@@ -11,7 +11,7 @@ TEST_F(ManPageTest, NamesEveryOptionOfEverySubcommand)
 {
     std::string page = HalyonTest::ContentOf(HALYON_MAN_PAGE);
     std::erase(page, '\\');
-    for (const std::string subcommand : {"import", "list", "info", "open", "trash", "sql"})
+    for (const std::string subcommand : {"import", "show", "list", "info", "open", "trash", "sql"})
     {
         const std::string help = Host({subcommand, "--help"}).out;
         const std::regex option("--[a-z-]+");
