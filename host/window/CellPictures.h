@@ -1,0 +1,38 @@
+// Thumbnails as the timeline's cells show them: cut to a square with round corners, in the screen's own pixels.
+//
+// Holds so many bytes at most, what was used last the longest.
+#pragma once
+
+#include <QCache>
+#include <QImage>
+#include <QPixmap>
+#include <QSet>
+
+namespace HynHost
+{
+class CellPictures
+{
+public:
+    static constexpr int kMostBytes = 64 << 20;
+
+    CellPictures() : m_pixmaps(kMostBytes) {}
+
+    // [main], all of them.
+
+    // A null image: the item has none.
+    void Put(long long id, const QImage& image, int side, qreal pixelRatio);
+
+    // Null when it is not here. Until the next Put.
+    [[nodiscard]] const QPixmap* Find(long long id) const { return m_pixmaps.object(id); }
+
+    // Whether there is nothing to ask for: a picture of that size is here, or there is none.
+    [[nodiscard]] bool IsSettled(long long id, int side, qreal pixelRatio) const;
+
+    // Asks again for those that had none.
+    void ForgetMissing() { m_missing.clear(); }
+
+private:
+    QCache<long long, QPixmap> m_pixmaps;
+    QSet<long long> m_missing;
+};
+} // namespace HynHost

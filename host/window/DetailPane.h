@@ -1,0 +1,76 @@
+// What is told of one picture, beside the timeline: the picture itself, its day, its stars and where it lies.
+//
+// The picture is first the thumbnail and then the file, which a thread of the pane's own reads in the size that is
+// shown.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include <QFrame>
+#include <QImage>
+#include <QThreadPool>
+
+#include <host/window/Library.h>
+#include <host/window/StarRating.h>
+#include <host/window/Texts.h>
+
+class QLabel;
+class QFormLayout;
+
+namespace HynHost
+{
+// Shows an image as large as there is room, in the screen's own pixels.
+class PictureBox : public QWidget
+{
+public:
+    explicit PictureBox(QWidget* parent = nullptr);
+
+    void SetImage(const QImage& image);
+    [[nodiscard]] const QImage& Image() const noexcept { return m_image; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QImage m_image;
+};
+
+class DetailPane : public QFrame
+{
+public:
+    // `texts` outlives the pane.
+    explicit DetailPane(const Texts& texts, QWidget* parent = nullptr);
+    // Waits for the file that is being read.
+    ~DetailPane() override;
+
+    // [main], all of them.
+
+    // Shows nothing but how many are selected.
+    void ShowCount(std::size_t selected);
+    void ShowDetails(const MediaDetails& details);
+    void SetThumbnail(long long id, const QImage& image);
+    [[nodiscard]] long long ThumbnailOf() const noexcept { return m_thumbnailOf; }
+    [[nodiscard]] const MediaDetails& Details() const noexcept { return m_details; }
+
+    std::function<void(int)> onRated;
+
+private:
+    void AddFact(const char* key, const QString& fact);
+    void ShowFacts();
+    void ReadFile();
+
+    const Texts& m_texts;
+    PictureBox* m_picture;
+    QLabel* m_name;
+    QLabel* m_when;
+    QLabel* m_problem;
+    StarRating* m_stars;
+    QFormLayout* m_facts;
+    MediaDetails m_details;
+    QImage m_thumbnail;
+    long long m_thumbnailOf = 0;
+    long long m_fileOf = 0; // the file's own picture is shown
+    QThreadPool m_reader;
+};
+} // namespace HynHost
