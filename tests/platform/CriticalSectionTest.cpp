@@ -1,9 +1,7 @@
 // Critical sections: exclusion, re-entrance, waiting asleep, and a life that ends right after the last leave.
 
-#include <array>
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -14,6 +12,7 @@
 
 using Halyon::CHynAutoLock;
 using Halyon::CHynLock;
+using HalyonTest::Sleepers;
 using HalyonTest::UntilAsleep;
 
 namespace
@@ -45,28 +44,20 @@ TEST(CriticalSection, OthersSleepUntilTheOwnerHasLeftAsOftenAsItEntered)
     lock.Lock();
     lock.Lock();
     int entered = 0; // guarded by lock
-    std::array<std::atomic<std::uint32_t>, 3> ids{};
-    std::vector<std::jthread> waiters;
-    waiters.reserve(ids.size());
-    for (std::atomic<std::uint32_t>& id : ids)
-    {
-        waiters.emplace_back(
-            [&]
-            {
-                id = GetCurrentTovThreadID();
-                const CHynAutoLock guard(lock);
-                ++entered;
-            });
-    }
+    Sleepers others(3,
+                    [&](std::size_t)
+                    {
+                        const CHynAutoLock guard(lock);
+                        ++entered;
+                    });
     for (int left = 0; left < 3; ++left)
     {
-        for (const std::atomic<std::uint32_t>& id : ids)
-            UntilAsleep(id);
+        others.UntilAllAsleep();
         EXPECT_EQ(entered, 0);
         lock.Unlock();
     }
     // Each that leaves lets the next in.
-    waiters.clear();
+    others.Join();
     EXPECT_EQ(entered, 3);
 }
 

@@ -7,7 +7,6 @@
 #include <memory>
 #include <set>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -20,43 +19,10 @@
 #include <sched.h>
 
 using HalyonTest::OnThreads;
-using HalyonTest::UntilAsleep;
+using HalyonTest::Sleepers;
 
 namespace
 {
-// Threads that each wait once, and what came of it.
-class Waiters
-{
-public:
-    Waiters(TovEventRef event, std::size_t count) : m_ids(count)
-    {
-        for (std::atomic<std::uint32_t>& id : m_ids)
-        {
-            m_threads.emplace_back(
-                [this, event, &id]
-                {
-                    // One that is woken does not push the thread that woke it off the processor.
-                    const sched_param none{};
-                    sched_setscheduler(0, SCHED_BATCH, &none);
-                    id = GetCurrentTovThreadID();
-                    ++(TovWaitEvent(event, kTovForever) == 0 ? m_signalled : m_failed);
-                });
-        }
-        for (const std::atomic<std::uint32_t>& id : m_ids)
-            UntilAsleep(id);
-    }
-
-    void UntilAllReturned() { m_threads.clear(); }
-    [[nodiscard]] int Signalled() const { return m_signalled; }
-    [[nodiscard]] int Failed() const { return m_failed; }
-
-private:
-    std::vector<std::atomic<std::uint32_t>> m_ids;
-    std::atomic<int> m_signalled{0};
-    std::atomic<int> m_failed{0};
-    std::vector<std::jthread> m_threads;
-};
-
 std::atomic<std::uint64_t> g_sleptMicroseconds{0};
 
 // Sleeps are counted, not slept.
@@ -84,17 +50,26 @@ TEST(Event, EachSignalEndsOneWaitAndClosingTheOthers)
     CPU_SET(static_cast<std::size_t>(sched_getcpu()), &one);
     sched_setaffinity(0, sizeof one, &one);
     const TovEventRef event = TovCreateEvent(0, 0);
-    Waiters waiters(event, 8);
+    std::atomic<int> signalled{0};
+    std::atomic<int> failed{0};
+    Sleepers waiters(8,
+                     [&](std::size_t)
+                     {
+                         // One that is woken does not push the thread that woke it off the processor.
+                         const sched_param none{};
+                         sched_setscheduler(0, SCHED_BATCH, &none);
+                         ++(TovWaitEvent(event, kTovForever) == 0 ? signalled : failed);
+                     });
     // One after the other, without giving a waiter the time to run.
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(TovSetEvent(event), 0);
     sched_setaffinity(0, sizeof before, &before);
-    while (waiters.Signalled() < 3)
+    while (signalled < 3)
         std::this_thread::yield();
     TovCloseEvent(event);
-    waiters.UntilAllReturned();
-    EXPECT_EQ(waiters.Signalled(), 3);
-    EXPECT_EQ(waiters.Failed(), 5);
+    waiters.Join();
+    EXPECT_EQ(signalled, 3);
+    EXPECT_EQ(failed, 5);
 }
 
 TEST(Event, ASignalWithoutAWaiterIsKeptOnce)

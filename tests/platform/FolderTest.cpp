@@ -9,10 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <linux/fs.h>
 #include <spawn.h>
-#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -20,6 +17,7 @@
 
 #include <halyon/platform/BaseFunction.h>
 #include <halyon/platform/LaunchServices.h>
+#include <tests/support/Command.h>
 #include <tests/support/InChild.h>
 #include <tests/support/TempFolder.h>
 #include <tests/support/Text.h>
@@ -60,17 +58,6 @@ std::string Rights(const fs::path& path)
     text += " " + std::to_string(status) + std::to_string(writable);
     status = FSGetCatalogInfo(&ref, kFSCatInfoUserPrivs, &info, nullptr, nullptr, nullptr);
     return text + " " + std::to_string(status) + std::to_string(info.userPrivileges);
-}
-
-bool SetImmutable(const fs::path& path, bool immutable)
-{
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    int flags = 0;
-    const bool known = ioctl(file, FS_IOC_GETFLAGS, &flags) == 0;
-    flags = immutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
-    const bool set = known && ioctl(file, FS_IOC_SETFLAGS, &flags) == 0;
-    close(file);
-    return set;
 }
 
 std::string NameOf(const fs::path& path)
@@ -220,10 +207,11 @@ TEST(Rights, NobodyWritesToLockedFilesRunningProgramsAndReadOnlyVolumes)
     waitpid(running, nullptr, 0);
     const TempFolder folder;
     folder.Write("locked");
-    if (SetImmutable(folder.Path() / "locked", true))
+    const std::string locked = (folder.Path() / "locked").native();
+    if (HalyonTest::RunShell("chattr +i " + locked + " 2>&1").status == 0)
     {
-        EXPECT_EQ(Rights(folder.Path() / "locked").substr(0, 9), "-45 0 -54");
-        SetImmutable(folder.Path() / "locked", false);
+        EXPECT_EQ(Rights(locked).substr(0, 9), "-45 0 -54");
+        EXPECT_EQ(HalyonTest::RunShell("chattr -i " + locked).status, 0);
     }
     if (!HalyonTest::MayHaveOwnMounts())
         GTEST_SKIP() << "the volume part needs CAP_SYS_ADMIN";
@@ -234,7 +222,7 @@ TEST(Rights, NobodyWritesToLockedFilesRunningProgramsAndReadOnlyVolumes)
                       if (!EnterOwnMounts() || mount(path, path, nullptr, MS_BIND, nullptr) != 0 ||
                           mount(nullptr, path, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) != 0)
                           return std::string("no mount");
-                      return Rights(folder.Path() / "locked");
+                      return Rights(locked);
                   }),
               "0 0 -54 00 04");
 }

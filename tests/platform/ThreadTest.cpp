@@ -18,8 +18,6 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-using HalyonTest::UntilAsleep;
-
 namespace
 {
 // A thread that runs until the gate is opened.
@@ -95,25 +93,14 @@ TEST(Thread, WaitsEndWithTheirTimeAndOutliveTheReference)
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_NE(TovWaitThread(gated.thread, 2), 0);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(2));
-    std::array<std::atomic<std::uint32_t>, 3> ids{};
     std::array<int, 3> results{1, 1, 1};
-    std::vector<std::jthread> waiters;
-    for (std::size_t i = 0; i < ids.size(); ++i)
-    {
-        waiters.emplace_back(
-            [&, i]
-            {
-                ids[i] = GetCurrentTovThreadID();
-                results[i] = TovWaitThread(gated.thread, i == 0 ? 60'000 : kTovForever);
-            });
-    }
-    for (const std::atomic<std::uint32_t>& id : ids)
-        UntilAsleep(id);
+    HalyonTest::Sleepers waiters(3, [&](std::size_t i)
+                                 { results[i] = TovWaitThread(gated.thread, i == 0 ? 60'000 : kTovForever); });
     TovCloseThreadRef(gated.thread);
     TovCloseThreadRef(gated.thread);
     EXPECT_NE(TovWaitThread(gated.thread, kTovForever), 0);
     gated.gate.count_down();
-    waiters.clear();
+    waiters.Join();
     EXPECT_EQ(results, (std::array{0, 0, 0}));
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <tuple>
 
@@ -159,15 +160,17 @@ TEST(Volume, KindsByWhatIsMounted)
         {"8:4", "ext4 /dev/part-of-disk", kTovDriveFixed},
     };
     const TempFolder folder;
-    std::string table = "1 0 0:99 / / rw - overlay overlay rw\n";
+    std::ostringstream table;
+    table << "1 0 0:99 / / rw - overlay overlay rw\n";
     std::string expected;
-    for (int id = 0; const auto& [device, what, kind] : cases)
+    for (int id = 2; const auto& [device, what, kind] : cases)
     {
-        const std::string number = std::to_string(++id + 1);
-        table += number + " 1 " + device + " / /none/" + number + " rw shared:1 master:2 - " + what + " rw\n";
+        table << id << " 1 " << device << " / /none/" << id << " rw shared:1 master:2 - " << what << " rw\n";
         expected += std::to_string(kind) + " ";
+        ++id;
     }
-    folder.Write("table", table + "not a line\n");
+    table << "not a line\n";
+    folder.Write("table", table.str());
     const std::string kinds = InChild(
         [&]
         {

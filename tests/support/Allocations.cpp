@@ -1,11 +1,8 @@
 #include "tests/support/Allocations.h"
 
 #include <atomic>
-#include <cstdint>
 #include <cstdlib>
 #include <new>
-
-#include <sys/mman.h>
 
 namespace
 {
@@ -16,29 +13,11 @@ thread_local long long t_untilFailure = 0;
 thread_local bool t_forGood = false;
 thread_local std::size_t t_lastArrayBytes = 0;
 
-// Address space without access; pages of it are opened for guarded blocks, every second one at most, and never twice.
-constexpr std::size_t kPage = 4096;
-constexpr std::size_t kGuarded = 4096 * kPage;
-constexpr std::size_t kAlignment = alignof(std::max_align_t);
-char* g_guarded = nullptr;
-std::size_t g_guardedNext = 0;
-thread_local bool t_guard = false;
-
-void* AllocateGuarded(std::size_t size) noexcept
-{
-    const std::size_t bytes = (size + kPage - 1) / kPage * kPage;
-    char* first = g_guarded + g_guardedNext;
-    g_guardedNext += bytes + kPage;
-    if (g_guardedNext > kGuarded || mprotect(first, bytes, PROT_READ | PROT_WRITE) != 0)
-        std::abort();
-    return first + (bytes - size) / kAlignment * kAlignment;
-}
-
 void* Allocate(std::size_t size) noexcept
 {
     if (HalyonTest::AllocationFails())
         return nullptr;
-    void* block = t_guard ? AllocateGuarded(size) : std::malloc(size != 0 ? size : 1);
+    void* block = std::malloc(size != 0 ? size : 1);
     if (block != nullptr)
         g_live.fetch_add(1, std::memory_order_relaxed);
     return block;
@@ -57,11 +36,7 @@ void Free(void* block) noexcept
     if (block == nullptr)
         return;
     g_live.fetch_sub(1, std::memory_order_relaxed);
-    const std::size_t offset = reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(g_guarded);
-    if (g_guarded != nullptr && offset < kGuarded)
-        mprotect(g_guarded + offset / kPage * kPage, kPage, PROT_NONE);
-    else
-        std::free(block);
+    std::free(block);
 }
 } // namespace
 
@@ -152,22 +127,5 @@ FailAllocation::~FailAllocation()
 bool FailAllocation::HasFailed() noexcept
 {
     return t_untilFailure == 0;
-}
-
-GuardedAllocations::GuardedAllocations() noexcept
-{
-    if (g_guarded == nullptr)
-    {
-        void* area = mmap(nullptr, kGuarded, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (area == MAP_FAILED)
-            std::abort();
-        g_guarded = static_cast<char*>(area);
-    }
-    t_guard = true;
-}
-
-GuardedAllocations::~GuardedAllocations()
-{
-    t_guard = false;
 }
 } // namespace HalyonTest

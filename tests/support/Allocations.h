@@ -27,15 +27,4 @@ public:
 
     [[nodiscard]] static bool HasFailed() noexcept;
 };
-
-// While one lives, each block of the thread ends where a page ends (for sizes that 16 divides) and the next page cannot
-// be touched; nor can a freed block.
-class GuardedAllocations
-{
-public:
-    GuardedAllocations() noexcept;
-    ~GuardedAllocations();
-    GuardedAllocations(const GuardedAllocations&) = delete;
-    GuardedAllocations& operator=(const GuardedAllocations&) = delete;
-};
 } // namespace HalyonTest

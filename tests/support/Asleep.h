@@ -1,10 +1,13 @@
 // Tells when a thread has gone to sleep, for tests that must find it waiting.
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <halyon/platform/TovPCMac.h>
 
@@ -25,4 +28,34 @@ inline void UntilAsleep(const std::atomic<std::uint32_t>& threadID)
         std::this_thread::yield();
     }
 }
+
+// Threads that each wait for something once; made when all of them sleep in it.
+class Sleepers
+{
+public:
+    // `wait(index)` is run on each.
+    template <class Wait>
+    Sleepers(std::size_t count, Wait wait) : m_ids(count)
+    {
+        for (std::size_t index = 0; index < count; ++index)
+            m_threads.emplace_back(
+                [this, wait, index]
+                {
+                    m_ids[index] = GetCurrentTovThreadID();
+                    wait(index);
+                });
+        UntilAllAsleep();
+    }
+
+    void UntilAllAsleep() const
+    {
+        for (const std::atomic<std::uint32_t>& id : m_ids)
+            UntilAsleep(id);
+    }
+    void Join() { m_threads.clear(); }
+
+private:
+    std::vector<std::atomic<std::uint32_t>> m_ids;
+    std::vector<std::jthread> m_threads;
+};
 } // namespace HalyonTest
