@@ -21,6 +21,14 @@ inline ::testing::AssertionResult Shows(const std::string& text, std::string_vie
     return ::testing::AssertionFailure() << "\"" << part << "\" is not in:\n" << text;
 }
 
+// Whether the program failed, with status 1, and said why.
+inline ::testing::AssertionResult Fails(const HostOutcome& outcome, std::string_view reason)
+{
+    if (outcome.status != 1)
+        return ::testing::AssertionFailure() << "status " << outcome.status << "\n" << outcome.err;
+    return Shows(outcome.err, reason);
+}
+
 class HostTest : public ::testing::Test
 {
 protected:

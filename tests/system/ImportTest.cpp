@@ -8,6 +8,7 @@
 
 #include <tests/support/Command.h>
 
+using HalyonTest::Fails;
 using HalyonTest::HostOutcome;
 using HalyonTest::Shows;
 
@@ -127,7 +128,7 @@ TEST_F(ImportTest, WhatMayNotBeReadOrWrittenIsNamed)
     ASSERT_EQ(chmod((media / "Old album").c_str(), 0), 0);
     ASSERT_EQ(chmod(Path("").c_str(), 0777), 0);
 
-    HostOutcome outcome = Import(media, {.user = kNobody});
+    const HostOutcome outcome = Import(media, {.user = kNobody});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_TRUE(Shows(outcome.out, "1 new"));
     EXPECT_TRUE(Shows(outcome.err, "burst-1.jpg: Permission denied"));
@@ -135,9 +136,8 @@ TEST_F(ImportTest, WhatMayNotBeReadOrWrittenIsNamed)
 
     ASSERT_EQ(chown(Catalog().c_str(), 0, 0), 0);
     ASSERT_EQ(chmod(Catalog().c_str(), 0444), 0);
-    outcome = Import(media, {.user = kNobody});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_TRUE(Shows(outcome.err, "cannot write the catalogue " + Catalog() + ": Permission denied"));
+    EXPECT_TRUE(
+        Fails(Import(media, {.user = kNobody}), "cannot write the catalogue " + Catalog() + ": Permission denied"));
     EXPECT_EQ(List({}, {.user = kNobody}).status, 0) << "reading it needs no more";
 }
 
@@ -148,29 +148,19 @@ TEST_F(ImportTest, RefusesWhatIsNoCatalogueAndLeavesItAlone)
     Write(Path("diary"), text);
     const std::string other = Path("other.db").string();
     ASSERT_EQ(Host({"sql", "--create", other, "CREATE TABLE mine (x)"}).status, 0);
-    const struct
-    {
-        std::string catalog;
-        std::string reason;
-    } cases[] = {{Path("diary"), "it is not a database"},
-                 {other, "it is a database of something else"},
-                 {Path(""), "it is not a regular file"}};
+    const std::pair<std::string, const char*> cases[] = {{Path("diary"), "it is not a database"},
+                                                         {other, "it is a database of something else"},
+                                                         {Path(""), "it is not a regular file"}};
     for (const auto& [catalog, reason] : cases)
-    {
-        const HostOutcome outcome = Host({"import", media.string(), "--catalog", catalog});
-        EXPECT_EQ(outcome.status, 1) << catalog;
-        EXPECT_TRUE(Shows(outcome.err, reason));
-    }
+        EXPECT_TRUE(Fails(Host({"import", media.string(), "--catalog", catalog}), reason));
     EXPECT_EQ(HalyonTest::ContentOf(Path("diary")), text);
     EXPECT_EQ(Host({"sql", "--csv", other, "SELECT name FROM sqlite_schema"}).out, "name\r\nmine\r\n");
 }
 
 TEST_F(ImportTest, MissingModuleIsNamed)
 {
-    const HostOutcome outcome =
-        Import(CopySamples({"Old album/no date.jpg"}), {.environment = {{"HALYON_MODULE", "/nowhere/HynSQ.so"}}});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_TRUE(Shows(outcome.err, "/nowhere/HynSQ.so"));
+    const auto media = CopySamples({"Old album/no date.jpg"});
+    EXPECT_TRUE(Fails(Import(media, {.environment = {{"HALYON_MODULE", "/nowhere/HynSQ.so"}}}), "/nowhere/HynSQ.so"));
     EXPECT_FALSE(std::filesystem::exists(Catalog()));
 }
 

@@ -11,6 +11,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+using HalyonTest::Fails;
 using HalyonTest::HostOutcome;
 using HalyonTest::HostProcess;
 using HalyonTest::Shows;
@@ -182,9 +183,8 @@ TEST_F(KilledImportTest, WhoMayOnlyReadIsToldWhatHasToBeRepaired)
     using std::filesystem::perms;
     std::filesystem::permissions(Path(""), perms::owner_all | perms::others_exec | perms::others_read);
     const HostOutcome outcome = List({}, {.user = kNobody});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_TRUE(Shows(outcome.err, "cannot open the catalogue " + Catalog()));
-    EXPECT_TRUE(Shows(outcome.err, "killed left in " + Catalog() + "-journal"));
+    EXPECT_TRUE(Fails(outcome, "cannot open the catalogue " + Catalog()));
+    EXPECT_TRUE(Fails(outcome, "killed left in " + Catalog() + "-journal"));
     EXPECT_NE(List({}).status, -1);
     EXPECT_EQ(List({}, {.user = kNobody}).err.find("killed"), std::string::npos) << "repaired by one who may";
 }
@@ -196,8 +196,7 @@ TEST_F(KilledImportTest, AFullDiskEndsItWithAReasonAndNothingIsLost)
     for (const unsigned long most : {600ul, 6000ul, 60000ul})
     {
         const HostOutcome full = Import(Tree(), {.mostFileBytes = most});
-        EXPECT_EQ(full.status, 1) << most;
-        EXPECT_TRUE(Shows(full.err, "hynhost: cannot ") && Shows(full.err, Catalog())) << most;
+        EXPECT_TRUE(Fails(full, "hynhost: cannot ") && Fails(full, Catalog())) << most << full.err;
         const int files = SoundFiles();
         EXPECT_LT(files, kFiles) << most;
         const HostOutcome outcome = Import(Tree());

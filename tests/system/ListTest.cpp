@@ -6,6 +6,7 @@
 #include <host/DisplayWidth.h>
 #include <host/TextTable.h>
 
+using HalyonTest::Fails;
 using HalyonTest::HostOutcome;
 using HalyonTest::Shows;
 using HynHost::TextTable;
@@ -137,7 +138,5 @@ TEST_F(ListTest, LinesFitATerminalAndAreWholeInAPipe)
 
 TEST_F(ListTest, WithoutACatalogueSaysWhatToDo)
 {
-    const HostOutcome outcome = Host({"list"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_TRUE(Shows(outcome.err, Path(".local/share/halyon/catalog.db").string() + ": there is none"));
+    EXPECT_TRUE(Fails(Host({"list"}), Path(".local/share/halyon/catalog.db").string() + ": there is none"));
 }

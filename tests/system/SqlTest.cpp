@@ -9,6 +9,7 @@
 
 #include <host/SqlScript.h>
 
+using HalyonTest::Fails;
 using HalyonTest::HostOutcome;
 using HalyonTest::Shows;
 
@@ -33,11 +34,7 @@ constexpr const char* kTypes = "CREATE TABLE t (id INTEGER PRIMARY KEY, a, b TEX
 
 TEST(SqlScriptTest, EndsStatementsAtTheirOwnSemicolonsOnly)
 {
-    const struct
-    {
-        std::string script;
-        std::vector<std::string> statements;
-    } cases[] = {
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
         {"", {}},
         {" ; ;; -- nothing;\n /* ; */", {}},
         {"a;b", {"a", "b"}},
@@ -152,11 +149,7 @@ TEST_F(SqlTest, ComputesEachValueOnce)
 TEST_F(SqlTest, ErrorsNameTheStatementTheCodeAndThePlace)
 {
     ASSERT_EQ(Sql({"--create", Database(), kTypes}).status, 0);
-    const struct
-    {
-        std::vector<std::string> texts;
-        std::string message;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{"SELECT 1", "\n\nSELECT 2; SELEC 3"}, "argument 2, line 3: preparing failed with HYN_E_FAIL: SELEC 3"},
         {{"INSERT INTO t (id) VALUES (1)"}, "argument 1, line 1: stepping to row 1 failed with HYN_E_SQSTEP: INSERT"},
         {{"SELECT abs(CASE id WHEN 3 THEN -9223372036854775808 END) FROM t"},
@@ -167,9 +160,7 @@ TEST_F(SqlTest, ErrorsNameTheStatementTheCodeAndThePlace)
         std::vector<std::string> arguments{"--json", Database()};
         arguments.insert(arguments.end(), texts.begin(), texts.end());
         const HostOutcome outcome = Sql(arguments);
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_TRUE(Shows(outcome.err, "hynhost: ")) << message;
-        EXPECT_TRUE(Shows(outcome.err, message));
+        EXPECT_TRUE(Fails(outcome, message) && Fails(outcome, "hynhost: ")) << outcome.err;
         EXPECT_FALSE(Shows(outcome.out, "SELEC")) << "errors go to standard error";
     }
     EXPECT_TRUE(Shows(Sql({Database(), "SELECT 1 AS before; SELEC 2"}).out, "before")) << "what ran is shown";
