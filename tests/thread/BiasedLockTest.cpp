@@ -48,7 +48,7 @@ void ExpectApart(int ownerSteps)
     constexpr int kOthers = 3;
     Guarded guarded;
     std::atomic<bool> ended{false};
-    std::atomic<long long> steps{kOwners * ownerSteps};
+    std::atomic<long long> steps{static_cast<long long>(kOwners) * ownerSteps};
     {
         std::vector<std::jthread> others;
         others.reserve(kOthers);
