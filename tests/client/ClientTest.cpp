@@ -305,11 +305,7 @@ TEST_F(ClientTest, ErrorsTellActionCodeAndStatement)
     m_database.execute("INSERT INTO u VALUES (1)");
     Client::Command insert = m_database.prepare("INSERT INTO u VALUES (?)");
     Client::Rows rows = m_database.query("SELECT 'ü' UNION ALL SELECT abs(-9223372036854775807 - 1)");
-    const struct
-    {
-        std::function<void()> call;
-        const char* what;
-    } cases[] = {
+    const std::pair<std::function<void()>, const char*> cases[] = {
         {[&] { insert.execute(1); }, "executing failed with HYN_E_SQSTEP: INSERT INTO u VALUES (?)"},
         {[&] { insert.execute(1, 2); }, "binding parameter 1 failed with HYN_E_FAIL: INSERT INTO u VALUES (?)"},
         {[&] { insert.bind(7, 2); }, "binding parameter 7 failed with HYN_E_FAIL: INSERT INTO u VALUES (?)"},
@@ -324,16 +320,16 @@ TEST_F(ClientTest, ErrorsTellActionCodeAndStatement)
         {[] { Client::Connection(Client::Module(HYNSQ_MODULE), "/no/such/folder/a.db"); },
          "opening failed with HYN_E_FAIL: /no/such/folder/a.db"},
     };
-    for (const auto& each : cases)
+    for (const auto& [call, what] : cases)
     {
         try
         {
-            each.call();
-            ADD_FAILURE() << each.what;
+            call();
+            ADD_FAILURE() << what;
         }
         catch (const Client::Error& error)
         {
-            EXPECT_STREQ(error.what(), each.what);
+            EXPECT_STREQ(error.what(), what);
             EXPECT_EQ(std::string(error.what()),
                       error.action() + " failed with " + HynResultName(error.code()) + ": " + error.sql());
         }

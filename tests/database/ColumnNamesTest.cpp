@@ -58,9 +58,10 @@ TEST_F(ColumnNames, AnswerByContentWhateverTheAddress)
         return name;
     };
     int found = 0;
-    for (int round = 0; round < 200; ++round)
+    // Few columns are learnt inside the object, more beside it.
+    for (std::size_t round = 0; round < 280; ++round)
     {
-        const std::size_t columns = 1 + pick(round % 10 == 0 ? 100 : 8);
+        const std::size_t columns = 1 + round % 140;
         std::u16string sql = u"SELECT 0 AS \"" + makeName();
         for (std::size_t i = 1; i < columns; ++i)
             sql += u"\", 0 AS \"" + makeName();
@@ -68,7 +69,7 @@ TEST_F(ColumnNames, AnswerByContentWhateverTheAddress)
         std::u16string asked[7];
         for (std::u16string& name : asked)
             name.reserve(8);
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 40; ++i)
         {
             std::u16string& name = asked[pick(std::size(asked))];
             if (pick(2) == 0)
@@ -79,22 +80,6 @@ TEST_F(ColumnNames, AnswerByContentWhateverTheAddress)
         }
     }
     EXPECT_GT(found, 2000);
-}
-
-// Few columns are learnt inside the object, more beside it.
-TEST_F(ColumnNames, AreRightForAnyNumberOfColumns)
-{
-    std::u16string sql = u"SELECT 0 AS c0";
-    for (int columns = 1; columns < 140; ++columns)
-    {
-        Prepare(sql);
-        for (const int column : {0, columns / 2, columns - 1, 0})
-        {
-            const std::string name = "C" + std::to_string(column);
-            EXPECT_EQ(Find(CTovStringW::FromUTF8(name)), column) << "of " << columns;
-        }
-        sql += CTovStringW::FromUTF8(", 0 AS c" + std::to_string(columns)).View();
-    }
 }
 
 TEST_F(ColumnNames, OfAStatementWithoutColumnsAreNone)

@@ -242,11 +242,7 @@ TEST(ConnectionWords, TransactionsGoThroughTheInterface)
 TEST_F(ConnectedConnection, OneShotStatementsReportTheFirstFailure)
 {
     ASSERT_EQ(Run(u"CREATE TABLE t (x UNIQUE); DROP TABLE t;"), HYN_S_OK);
-    const struct
-    {
-        const char16_t* sql;
-        HynResult expected;
-    } cases[] = {
+    const std::pair<const char16_t*, HynResult> cases[] = {
         {u"INSERT INTO t VALUES (1)", HYN_S_OK},
         {u"INSERT INTO t VALUES (1)", HYN_E_SQSTEP},
         {u"SELECT x FROM t", HYN_S_OK},
@@ -257,15 +253,15 @@ TEST_F(ConnectedConnection, OneShotStatementsReportTheFirstFailure)
         {u"-- a remark", HYN_E_FAIL},
         {nullptr, HYN_E_FAIL},
     };
-    for (const auto& test : cases)
+    for (const auto& [sql, expected] : cases)
     {
-        EXPECT_EQ(Run(test.sql), test.expected) << U8(test.sql);
-        if (test.sql == nullptr || test.sql[0] != u'I')
+        EXPECT_EQ(Run(sql), expected) << U8(sql);
+        if (sql == nullptr || sql[0] != u'I')
         {
             CHynAutoPtr<IHynSQRecordSet> recordSet;
-            EXPECT_EQ(m_connection->OpenRecordSet(test.sql, recordSet.Receive()), test.expected) << U8(test.sql);
-            EXPECT_EQ(recordSet != nullptr, test.expected == HYN_S_OK);
-            EXPECT_EQ(m_connection->OpenRecordSet(test.sql, nullptr), HYN_E_FAIL);
+            EXPECT_EQ(m_connection->OpenRecordSet(sql, recordSet.Receive()), expected) << U8(sql);
+            EXPECT_EQ(recordSet != nullptr, expected == HYN_S_OK);
+            EXPECT_EQ(m_connection->OpenRecordSet(sql, nullptr), HYN_E_FAIL);
         }
     }
     EXPECT_EQ(m_connection->CreateCommand(nullptr), HYN_E_FAIL);

@@ -122,11 +122,7 @@ TEST_F(Launch, CommandLinesAreSplitAtBlanksAndNothingElse)
 {
     Recorder("my tool");
     const std::string program = "\"" + At("my tool") + "\"";
-    const struct
-    {
-        std::string rest;
-        Words arguments;
-    } cases[] = {
+    const std::pair<std::string, Words> cases[] = {
         {"", {}},
         {" ", {}},
         {" -a", {"-a"}},
@@ -138,12 +134,12 @@ TEST_F(Launch, CommandLinesAreSplitAtBlanksAndNothingElse)
         {"x -a", {"-a"}}, // whatever follows the quote separates
         {" " + std::string(1023, 'x'), {std::string(1023, 'x')}},
     };
-    for (const auto& c : cases)
+    for (const auto& [rest, arguments] : cases)
     {
-        ASSERT_EQ(Execute(program + c.rest), 1) << c.rest;
+        ASSERT_EQ(Execute(program + rest), 1) << rest;
         Words expected = {"my tool"};
-        expected.insert(expected.end(), c.arguments.begin(), c.arguments.end());
-        EXPECT_EQ(NextRecord(), expected) << c.rest;
+        expected.insert(expected.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(NextRecord(), expected) << rest;
     }
     for (const std::string& line : {std::string(), std::string("\""), std::string("\"\""), std::string("\"\" -a"),
                                     At("my tool"), "\"" + At("my tool"), " " + program, "\"" + At("missing") + "\"",

@@ -11,8 +11,6 @@
 #include <halyon/framework/CHynAutoPtr.h>
 #include <halyon/framework/CHynComponent.h>
 #include <halyon/framework/HynIdentifiers.h>
-#include <halyon/framework/HynThreadID.h>
-#include <halyon/platform/TovPCMac.h>
 
 #include "tests/support/Threads.h"
 
@@ -205,10 +203,5 @@ TEST(ResultCodes, HaveTheirValuesNamesAndSigns)
         EXPECT_EQ(HynSucceeded(result), value < 0x80000000) << name;
         EXPECT_EQ(HynFailed(result), value >= 0x80000000) << name;
     }
-}
-
-TEST(ThreadIdentity, IsThePlatforms)
-{
-    EXPECT_EQ(HynGetCurrentThreadID(), GetCurrentTovThreadID());
 }
 } // namespace

@@ -179,11 +179,7 @@ TEST(Menu, WithoutAnythingToShowReturnsAtOnce)
 
 TEST_F(ShownMenu, KeysChoose)
 {
-    const struct
-    {
-        const char* keys;
-        Choice choice;
-    } cases[] = {
+    const std::pair<const char*, Choice> cases[] = {
         {"Down Return", Chosen(128, 1)},
         {"Down Down Right Return", Chosen(-7, 1)},
         {"Down Down Right Down Return", Chosen(-7, 2)},
@@ -191,10 +187,10 @@ TEST_F(ShownMenu, KeysChoose)
         {"Down Down Down Return", Chosen(128, 5)},
         {"Escape", kNothing},
     };
-    for (const auto& c : cases)
+    for (const auto& [keys, choice] : cases)
     {
         Menus menus;
-        EXPECT_EQ(PopupFor(menus.menu, Keys(QString::fromLatin1(c.keys))), c.choice) << c.keys;
+        EXPECT_EQ(PopupFor(menus.menu, Keys(QString::fromLatin1(keys))), choice) << keys;
     }
 }
 

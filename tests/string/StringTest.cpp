@@ -136,15 +136,12 @@ TEST(String, FindsTheEmptyBlockAnewEachTime)
 TEST(String, PartsAreClampedAlsoAtTheEndsOfTheNumbers)
 {
     const CTovStringW text = u"abcdef";
-    const struct
-    {
-        CTovStringW part;
-        const char* expected;
-    } cases[] = {{text.Mid(2, INT_MAX), "cdef"},   {text.Mid(INT_MAX, INT_MAX), ""}, {text.Mid(INT_MIN, 3), "abc"},
-                 {text.Mid(INT_MIN, INT_MIN), ""}, {text.Mid(INT_MAX), ""},          {text.Mid(INT_MIN), "abcdef"},
-                 {text.Left(INT_MAX), "abcdef"},   {text.Left(INT_MIN), ""}};
-    for (const auto& c : cases)
-        EXPECT_EQ(U8(c.part), c.expected) << "case " << &c - cases;
+    const std::pair<CTovStringW, const char*> cases[] = {
+        {text.Mid(2, INT_MAX), "cdef"},   {text.Mid(INT_MAX, INT_MAX), ""}, {text.Mid(INT_MIN, 3), "abc"},
+        {text.Mid(INT_MIN, INT_MIN), ""}, {text.Mid(INT_MAX), ""},          {text.Mid(INT_MIN), "abcdef"},
+        {text.Left(INT_MAX), "abcdef"},   {text.Left(INT_MIN), ""}};
+    for (const auto& [part, expected] : cases)
+        EXPECT_EQ(U8(part), expected);
 }
 
 TEST(String, FindsExactUnitsAndNoneInNull)

@@ -37,11 +37,8 @@ void InStep(const std::function<void()>& deal, const std::function<void(std::siz
                           });
 }
 
-const struct
-{
-    void (*write)(CTovStringW& text);
-    const char* result; // of " b "
-} kWrites[] = {
+// result: of " b "
+const std::pair<void (*)(CTovStringW& text), const char*> kWrites[] = {
     {[](CTovStringW& text) { text.TrimLeft(); }, "b "},
     {[](CTovStringW& text) { text.TrimRight(); }, " b"},
     {[](CTovStringW& text) { text += u"!"; }, " b !"},
@@ -100,7 +97,7 @@ TEST(StringThreads, EmptyTextsOfAllThreadsShareTheirBlockInPeace)
            {
                CTovStringW a;
                CTovStringW b = a;
-               kWrites[(thread + round) % 2].write(a); // trims
+               kWrites[(thread + round) % 2].first(a); // trims
                a = b;
                a = u"";
                b = std::move(a);

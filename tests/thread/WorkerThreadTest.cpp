@@ -78,15 +78,12 @@ TEST_F(Worker, AnswersEachFailureWithItsCode)
     const int patient = niceness();
     EXPECT_EQ(worker->SetPriority(101), HYN_S_OK);
     const int usual = niceness(); // as before, where raising the priority is not allowed
-    const struct
+    const std::pair<int, int> steps[] = {{10, usual},  {9, patient}, {10, patient}, {100, patient},
+                                         {101, usual}, {100, usual}, {-5, patient}};
+    for (const auto& [priority, expected] : steps)
     {
-        int priority;
-        int expected;
-    } steps[] = {{10, usual}, {9, patient}, {10, patient}, {100, patient}, {101, usual}, {100, usual}, {-5, patient}};
-    for (const auto& step : steps)
-    {
-        EXPECT_EQ(worker->SetPriority(step.priority), HYN_S_OK);
-        EXPECT_EQ(niceness(), step.expected) << step.priority;
+        EXPECT_EQ(worker->SetPriority(priority), HYN_S_OK);
+        EXPECT_EQ(niceness(), expected) << priority;
     }
     EXPECT_EQ(worker->SendEvent(kEvent, 0, 0, nullptr, nullptr), HYN_E_NOINTERFACE) << "from another thread";
     EXPECT_EQ(worker->RemoveEvents(nullptr, 1), HYN_E_FAIL);

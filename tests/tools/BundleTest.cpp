@@ -72,11 +72,7 @@ TEST(Bundle, EveryOperationNamesItsFolder)
     const CFHolder<CFBundleRef> bundle(Tools::CreateBundleByPath(path));
     ASSERT_NE(bundle, nullptr);
     __CFBundle* b = bundle.get();
-    const struct
-    {
-        CTovStringW result;
-        const char* expected;
-    } cases[] = {
+    const std::pair<CTovStringW, const char*> cases[] = {
         {Tools::GetBundleContentsPath(b), "Contents"},
         {Tools::GetBundleResourcePath(b), "Contents/Resources"},
         {Tools::GetBundleLocalizePath(b), "Contents/Resources/ja.lproj"},
@@ -92,8 +88,8 @@ TEST(Bundle, EveryOperationNamesItsFolder)
         {Tools::GetLocalizePathWithNameFromBundlePath(path, u"x"), "Contents/Resources/ja.lproj/x"},
         {Tools::GetLocalizeUIPathWithNameFromBundlePath(path, u"x"), "Contents/Resources/ja.lproj/UI/x"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(U8(c.result), (folder / c.expected).native());
+    for (const auto& [result, expected] : cases)
+        EXPECT_EQ(U8(result), (folder / expected).native());
 
     std::u16string module(1024, u'#');
     ASSERT_EQ(Tools::GetModulePath(b, module.data()), 1);

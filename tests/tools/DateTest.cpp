@@ -73,11 +73,7 @@ TEST(Timestamp, ComesBackBitForBitWithin37BitsOfSeconds)
 TEST(Timestamp, RoundsToTheNearestUnitAndIsZeroWhereNoFileTimeCanBe)
 {
     constexpr auto kEnd = static_cast<double>(kMomentLimit) - kFrom2001;
-    const struct
-    {
-        double seconds;
-        FILETIME expected;
-    } cases[] = {
+    const std::pair<double, FILETIME> cases[] = {
         {-0.25, TimeOf(kSecondsFrom1904To2001 - 1, 49152)},
         {0.99999, TimeOf(kSecondsFrom1904To2001, 65535)},
         {0.99999999, TimeOf(kSecondsFrom1904To2001 + 1)},
@@ -140,11 +136,7 @@ TEST(Calendar, EveryFieldAgreesWithTheProlepticGregorianCalendar)
 TEST(Calendar, FieldsOutOfRangeCarryOverAndYearsWrapAt16Bits)
 {
     constexpr std::int16_t kMost = 32767;
-    const struct
-    {
-        std::array<std::int16_t, 6> fields;
-        std::int64_t expected;
-    } cases[] = {
+    const std::pair<std::array<std::int16_t, 6>, std::int64_t> cases[] = {
         {{2024, 0, 10}, At(2023, 12, 10)},
         {{2024, -5, 10}, At(2023, 7, 10)},
         {{2024, 14, 29}, At(2025, 3, 1)},
@@ -234,11 +226,7 @@ TEST(LocalDate, AsTextTakesSixIntegersAndIsCutAt99Units)
 {
     UseZone("JST-9");
     const FILETIME ft = TimeOf(At(2024, 3, 6, 15, 4, 5), 65535);
-    const struct
-    {
-        const char16_t* format;
-        std::string expected;
-    } cases[] = {
+    const std::pair<const char16_t*, std::string> cases[] = {
         {u"%04d\u5E74%02d-%02d %02d:%02d:%02d", "2024\u5E7403-07 00:04:05"},
         {u"", ""},
         {u"%d%d%d%d%d%d%d", ""},
