@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include <malloc.h>
 
@@ -67,6 +68,39 @@ TEST(ModuleFile, CarriesTheLoadTimeMarksInEachUnit)
     const std::multiset<std::string> names = LastWords("nm -C");
     EXPECT_GE(names.count("Halyon::ADDCTBBegin"), 10u);
     EXPECT_EQ(names.count("Halyon::ADDCTBBegin"), names.count("Halyon::ADDCTBEnd"));
+}
+
+// Of the connection the validator asks more.
+TEST(ModuleObjects, AnswerQueriesByTheRules)
+{
+    const Module module;
+    void* connection = module.MakeConnection();
+    void* command = nullptr;
+    void* rows = nullptr;
+    ASSERT_EQ(Call<std::int32_t>(connection, kConnect, u":memory:", u"a", u"b"), kOk);
+    ASSERT_EQ(Call<std::int32_t>(connection, kCreateCommand, &command), kOk);
+    ASSERT_EQ(Call<std::int32_t>(connection, kOpenText, u"SELECT 1", &rows), kOk);
+    for (const auto& [object, own, others] : {std::tuple(command, kCommand, kRecordSet), {rows, kRecordSet, kCommand}})
+    {
+        void* const marker = connection;
+        for (const Identifier& id : {own, kUnknown})
+        {
+            void* out = marker;
+            EXPECT_EQ(Query(object, id, nullptr), kPointer);
+            EXPECT_EQ(Query(object, id, &out), kOk);
+            EXPECT_EQ(out, object);
+            EXPECT_EQ(Release(object), 1u) << "a query adds one reference";
+        }
+        for (const Identifier& id : {kThread, kConnection, others})
+        {
+            void* out = marker;
+            EXPECT_EQ(Query(object, id, nullptr), kNoInterface);
+            EXPECT_EQ(Query(object, id, &out), kNoInterface);
+            EXPECT_EQ(out, marker);
+        }
+        EXPECT_EQ(Release(object), 0u);
+    }
+    EXPECT_EQ(Release(connection), 0u);
 }
 
 // One life of the module, with an engine handle, a command and a record set in it.

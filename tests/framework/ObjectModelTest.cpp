@@ -8,13 +8,19 @@
 
 #include <gtest/gtest.h>
 
+#include <halyon/database/CHynSQCommand.h>
+#include <halyon/database/CHynSQConnection.h>
+#include <halyon/database/CHynSQRecordSet.h>
 #include <halyon/framework/CHynAutoPtr.h>
 #include <halyon/framework/CHynComponent.h>
 #include <halyon/framework/HynIdentifiers.h>
 
+#include "tests/support/Slots.h"
 #include "tests/support/Threads.h"
+#include <validate/Frozen.h>
 
 using namespace Halyon;
+using HalyonTest::SlotOf;
 
 namespace
 {
@@ -95,6 +101,23 @@ TEST(CountingBase, StartsAtZeroAnswersByTheRulesAndDestroysWithTheLastRelease)
     EXPECT_FALSE(gone);
     EXPECT_EQ(part->Release(), 0u);
     EXPECT_TRUE(gone);
+}
+
+// The two destructors come first of what follows the interface, and of the base.
+TEST(CountingBase, GoesOnInItsSlotsBehindTheInterfaceAndInATableOfItsOwn)
+{
+    using Query = HynResult(const HYN_GUID&, void**);
+    using Count = std::uint32_t();
+    EXPECT_EQ(SlotOf<Query>(&CHynSQConnection::DefaultQueryInterface), Frozen::kConnectionEnd + 2);
+    EXPECT_EQ(SlotOf<Query>(&CHynSQCommand::DefaultQueryInterface), Frozen::kCommandEnd + 2);
+    EXPECT_EQ(SlotOf<Query>(&CHynSQRecordSet::DefaultQueryInterface), Frozen::kRecordSetEnd + 2);
+    EXPECT_EQ(SlotOf<Count>(&CHynUnknown::DefaultAddRef), 2);
+    EXPECT_EQ(SlotOf<Count>(&CHynUnknown::DefaultRelease), 3);
+    EXPECT_EQ(SlotOf<Query>(&CHynUnknown::DefaultQueryInterface), 4);
+    bool gone = false;
+    const CHynAutoPtr<Part> part = new Part(gone);
+    const CHynUnknown& base = *part;
+    EXPECT_EQ(reinterpret_cast<const void* const*>(&base), reinterpret_cast<const void* const*>(&*part) + 1);
 }
 
 TEST(Identifiers, DifferInAnyByte)

@@ -2,9 +2,7 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -21,25 +19,18 @@ class Counter
 public:
     void Raise()
     {
-        const std::scoped_lock lock(m_mutex);
         ++m_count;
-        m_changed.notify_all();
+        m_count.notify_all();
     }
-    void WaitFor(int count)
+    void WaitFor(int count) const
     {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [&] { return m_count >= count; });
+        for (int seen = m_count; seen < count; seen = m_count)
+            m_count.wait(seen);
     }
-    int Get()
-    {
-        const std::scoped_lock lock(m_mutex);
-        return m_count;
-    }
+    [[nodiscard]] int Get() const { return m_count; }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    int m_count = 0;
+    std::atomic<int> m_count{0};
 };
 
 // Shut until it is opened.
@@ -47,7 +38,7 @@ class Gate
 {
 public:
     void Open() { m_counter.Raise(); }
-    void Pass() { m_counter.WaitFor(1); }
+    void Pass() const { m_counter.WaitFor(1); }
 
 private:
     Counter m_counter;

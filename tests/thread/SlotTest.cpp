@@ -1,8 +1,6 @@
 // The slots of the thread interfaces with their arguments, and the identifiers that their objects answer: what other
 // binaries have in their code.
 
-#include <cstddef>
-#include <cstring>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,26 +9,19 @@
 #include <halyon/thread/CHynThreadManager.h>
 #include <halyon/thread/CHynWorkerThread.h>
 
+#include "tests/support/Slots.h"
 #include "tests/thread/Doubles.h"
 #include <validate/Frozen.h>
 
 using Frozen::FromText;
 using HalyonTest::MakeHandler;
 using HalyonTest::Param;
+using HalyonTest::SlotOf;
 
 namespace Halyon
 {
 namespace
 {
-// A pointer to a virtual operation holds where its slot begins in the table; on some machines its lowest bit is a mark.
-template <class Signature, class Class>
-int SlotOf(Signature Class::*operation)
-{
-    std::ptrdiff_t offset = 0;
-    std::memcpy(&offset, &operation, sizeof offset);
-    return static_cast<int>(offset) / static_cast<int>(sizeof(void*));
-}
-
 using Slots = std::vector<int>;
 using Register = HynResult(IHynEventHandler*, void*);
 using Id = std::uint32_t;
