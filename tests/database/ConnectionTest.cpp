@@ -218,27 +218,6 @@ TEST_F(ConnectedConnection, FailedCommitRollsBackAndReportsTheCommit)
     EXPECT_EQ(m_connection->RollbackTrans(), HYN_S_OK);
 }
 
-// A connection whose one-shot statements are written down and answered from a list.
-class Scripted : public CHynSQConnection
-{
-public:
-    HynResult ExecuteSQL(const char16_t* sql) override
-    {
-        m_log += U8(sql);
-        return U8(sql) == "commit;" ? HYN_E_BUFFERTOOSMALL : HYN_E_FAIL;
-    }
-    std::string m_log;
-};
-
-TEST(ConnectionWords, TransactionsGoThroughTheInterface)
-{
-    Scripted connection;
-    EXPECT_EQ(connection.BeginTrans(), HYN_E_FAIL);
-    EXPECT_EQ(connection.RollbackTrans(), HYN_E_FAIL);
-    EXPECT_EQ(connection.CommitTrans(), HYN_E_BUFFERTOOSMALL);
-    EXPECT_EQ(connection.m_log, "begin exclusive;rollback;commit;rollback;");
-}
-
 TEST_F(ConnectedConnection, OneShotStatementsReportTheFirstFailure)
 {
     ASSERT_EQ(Run(u"CREATE TABLE t (x UNIQUE); DROP TABLE t;"), HYN_S_OK);
