@@ -22,7 +22,9 @@ namespace HynHost
 namespace
 {
 constexpr int kWidth = 320;
-constexpr int kPictureHeight = 240;
+constexpr QSize kPicture(kWidth - 4 * kGrid, 300); // at most
+constexpr QSize kUnknownShape(4, 3);
+constexpr int kFocusRing = 4; // of the stars, around them
 
 QSize Fitted(const QSize& size, const QSize& box)
 {
@@ -71,14 +73,18 @@ QString Breakable(QString name)
 }
 } // namespace
 
-PictureBox::PictureBox(QWidget* parent) : QWidget(parent)
+void PictureBox::SetShape(QSize shape)
 {
-    setFixedHeight(kPictureHeight);
+    m_image = {};
+    setFixedHeight(Fitted(shape, kPicture).height());
+    update();
 }
 
 void PictureBox::SetImage(const QImage& image)
 {
     m_image = image;
+    if (!image.isNull())
+        setFixedHeight(Fitted(image.size(), kPicture).height());
     update();
 }
 
@@ -127,7 +133,11 @@ DetailPane::DetailPane(const Texts& texts, QWidget* parent)
     column->addSpacing(kGrid);
     column->addWidget(m_name);
     column->addWidget(m_when);
-    column->addWidget(m_stars);
+    auto* starsRow = new QHBoxLayout; // so that the stars, not the ring around them, stand under the text
+    starsRow->setContentsMargins(-kFocusRing, 0, 0, 0);
+    starsRow->addWidget(m_stars);
+    starsRow->addStretch(1);
+    column->addLayout(starsRow);
     column->addWidget(m_problem);
     column->addLayout(m_facts);
     column->addStretch(1);
@@ -137,9 +147,14 @@ DetailPane::DetailPane(const Texts& texts, QWidget* parent)
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(body);
+    m_body = scroll;
+    m_hint = Label(this, 1.0, QFont::Normal, true);
+    m_hint->setAlignment(Qt::AlignCenter);
+    m_hint->setMargin(3 * kGrid);
     auto* whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
-    whole->addWidget(scroll);
+    whole->addWidget(m_body);
+    whole->addWidget(m_hint);
     m_stars->onRated = [this](int stars)
     {
         if (onRated)
@@ -158,22 +173,18 @@ void DetailPane::ShowCount(std::size_t selected)
 {
     m_details = {};
     m_fileOf = 0;
-    m_picture->SetImage({});
-    m_picture->setVisible(false);
-    m_name->setText(selected == 0 ? QString() : m_texts.Count("selected", static_cast<long long>(selected)));
-    m_when->setText(selected == 0 ? m_texts("details.none") : QString());
-    m_stars->setVisible(false);
-    m_problem->hide();
-    while (m_facts->rowCount() > 0)
-        m_facts->removeRow(0);
+    m_hint->setText(selected == 0 ? m_texts("details.none")
+                                  : m_texts.Count("selected", static_cast<long long>(selected)));
+    m_hint->show();
+    m_body->hide();
 }
 
 void DetailPane::ShowDetails(const MediaDetails& details)
 {
     const bool isOther = details.id != m_details.id || details.path != m_details.path;
     m_details = details;
-    m_picture->setVisible(true);
-    m_stars->setVisible(true);
+    m_hint->hide();
+    m_body->show();
     m_name->setText(Breakable(QFileInfo(FromText(details.path)).fileName()));
     const QDateTime taken = LocalTime(details.taken);
     m_when->setText(
@@ -186,7 +197,9 @@ void DetailPane::ShowDetails(const MediaDetails& details)
     if (!isOther && m_fileOf == details.id)
         return;
     m_fileOf = 0;
-    m_picture->SetImage(m_thumbnailOf == details.id ? m_thumbnail : QImage());
+    m_picture->SetShape(details.width > 0 && details.height > 0 ? QSize(details.width, details.height) : kUnknownShape);
+    if (m_thumbnailOf == details.id)
+        m_picture->SetImage(m_thumbnail);
     ReadFile();
 }
 
@@ -228,7 +241,7 @@ void DetailPane::ReadFile()
     m_reader.clear();
     if (!m_details.isThere)
         return;
-    const QSize box = QSize(kWidth - 4 * kGrid, kPictureHeight) * devicePixelRatioF();
+    const QSize box = kPicture * devicePixelRatioF();
     m_reader.start(
         [this, id = m_details.id, path = FromText(m_details.path), box]
         {

@@ -20,12 +20,14 @@ class QFormLayout;
 
 namespace HynHost
 {
-// Shows an image as large as there is room, in the screen's own pixels.
+// Shows an image as wide as there is room, in the screen's own pixels.
 class PictureBox : public QWidget
 {
 public:
-    explicit PictureBox(QWidget* parent = nullptr);
+    using QWidget::QWidget;
 
+    // Makes room for an image of that shape, and shows a ground until it is there.
+    void SetShape(QSize shape);
     void SetImage(const QImage& image);
     [[nodiscard]] const QImage& Image() const noexcept { return m_image; }
 
@@ -46,7 +48,7 @@ public:
 
     // [main], all of them.
 
-    // Shows nothing but how many are selected.
+    // Tells only how many are selected.
     void ShowCount(std::size_t selected);
     void ShowDetails(const MediaDetails& details);
     void SetThumbnail(long long id, const QImage& image);
@@ -61,6 +63,8 @@ private:
     void ReadFile();
 
     const Texts& m_texts;
+    QWidget* m_body; // what is told of one
+    QLabel* m_hint;  // in its place
     PictureBox* m_picture;
     QLabel* m_name;
     QLabel* m_when;

@@ -100,9 +100,15 @@ void EmptyState::Set(Drawing drawing, const QString& title, const QString& sente
     m_drawing = drawing;
     m_title->setText(title);
     m_sentence->setText(sentence);
+    m_sentence->setFixedHeight(m_sentence->heightForWidth(kSentenceWidth)); // the layout would make it one line
     m_button->setText(button);
     m_onButton = std::move(onButton);
     update();
+}
+
+void EmptyState::FocusButton()
+{
+    m_button->setFocus();
 }
 
 void EmptyState::paintEvent(QPaintEvent* /*event*/)

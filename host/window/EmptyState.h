@@ -27,6 +27,7 @@ public:
     // [main]
     void Set(Drawing drawing, const QString& title, const QString& sentence, const QString& button,
              std::function<void()> onButton);
+    void FocusButton();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

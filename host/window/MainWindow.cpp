@@ -83,6 +83,7 @@ MainWindow::MainWindow(Halyon::CHynThreadManager& manager, const std::string& ca
     ConnectParts();
     AddKeys();
     Restore();
+    m_timeline->setFocus();
     m_library = std::make_unique<Library>(manager, catalogFile, static_cast<LibraryListener&>(*this));
 }
 
@@ -298,7 +299,7 @@ void MainWindow::OnIndex(std::shared_ptr<const MediaIndex> index, std::size_t al
 void MainWindow::ShowPage()
 {
     const bool showsPictures = m_broken.isEmpty() && (!m_timeline->Index().Items().empty() || !m_opened);
-    const bool hadFocus = m_timeline->hasFocus() || focusWidget() == nullptr;
+    const bool hadFocus = focusWidget() == nullptr || m_pages->isAncestorOf(focusWidget());
     m_pages->setCurrentIndex(showsPictures ? 0 : 1);
     if (showsPictures)
     {
@@ -315,6 +316,8 @@ void MainWindow::ShowPage()
     else
         m_empty->Set(EmptyState::Drawing::Pictures, m_texts("first.title"), m_texts("first.words"),
                      m_texts("first.button"), [this] { ChooseFolder(); });
+    if (hadFocus)
+        m_empty->FocusButton();
 }
 
 void MainWindow::ShowSelection()

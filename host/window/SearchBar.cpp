@@ -63,8 +63,8 @@ QFrame* SearchBar::MakeTop()
     m_filterButton->setCheckable(true);
     m_counts = new QLabel(top);
     m_counts->setProperty("weak", true);
-    auto* add = new QPushButton(m_texts("add"), top);
-    add->setIcon(SymbolIcon(Symbol::Folder, TheColours().text));
+    m_add = new QPushButton(QLatin1Char(' ') + m_texts("add"), top);
+    m_add->setIcon(SymbolIcon(Symbol::Folder, TheColours().text));
     auto* more = FlatButton(Symbol::More, m_texts("more"), top);
 
     auto* row = new QHBoxLayout(top);
@@ -75,7 +75,7 @@ QFrame* SearchBar::MakeTop()
     row->addSpacing(kGrid);
     row->addWidget(m_counts);
     row->addStretch(2);
-    row->addWidget(add);
+    row->addWidget(m_add);
     row->addWidget(more);
     QObject::connect(m_text, &QLineEdit::textChanged, this, [this] { m_typed.start(); });
     QObject::connect(m_text, &QLineEdit::returnPressed, this,
@@ -86,7 +86,7 @@ QFrame* SearchBar::MakeTop()
                              onLeave();
                      });
     QObject::connect(m_filterButton, &QToolButton::toggled, this, [this](bool shown) { m_filter->setVisible(shown); });
-    QObject::connect(add, &QPushButton::clicked, this, [this] { onAdd(); });
+    QObject::connect(m_add, &QPushButton::clicked, this, [this] { onAdd(); });
     QObject::connect(more, &QToolButton::clicked, this,
                      [this, more] { onMore(more->mapToGlobal(QPoint(0, more->height() + 4))); });
     return top;
@@ -123,6 +123,9 @@ QFrame* SearchBar::MakeFilter()
     row->addWidget(m_from);
     row->addWidget(m_to);
     row->addSpacing(2 * kGrid);
+    auto* least = new QLabel(m_texts("search.least"), filter);
+    least->setProperty("weak", true);
+    row->addWidget(least);
     row->addWidget(m_stars);
     row->addStretch(1);
     row->addWidget(m_clear);
@@ -176,6 +179,9 @@ void SearchBar::SetCounts(std::size_t found, std::size_t all)
 {
     const auto total = static_cast<long long>(all);
     m_clear->setEnabled(Query() != MediaQuery());
+    for (QWidget* widget : std::initializer_list<QWidget*>{m_text, m_filterButton, m_add})
+        widget->setVisible(all > 0);
+    m_filter->setVisible(all > 0 && IsFilterShown());
     if (m_told == MediaQuery())
         m_counts->setText(all == 0 ? QString() : m_texts.Count("count", total));
     else

@@ -31,6 +31,7 @@ public:
     [[nodiscard]] MediaQuery Query() const;
     // Looks for everything again, and says so by onQuery when that changes anything.
     void Clear();
+    // What there is nothing to search with is hidden where there is nothing to search.
     void SetCounts(std::size_t found, std::size_t all);
     void FocusText();
 
@@ -54,6 +55,7 @@ private:
     QLineEdit* m_text;
     QToolButton* m_filterButton;
     QLabel* m_counts;
+    QPushButton* m_add;
     QFrame* m_filter;
     QButtonGroup* m_kinds;
     DayButton* m_from;

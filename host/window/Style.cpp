@@ -38,6 +38,7 @@ QToolTip { background: @text; color: @ground; border: none; padding: 6px 8px; }
 QLineEdit { background: @ground; border: 2px solid transparent; border-radius: 6px; padding: 0 4px; min-height: 32px;
             selection-background-color: @accent; selection-color: @onAccent; }
 QLineEdit:hover { background: @hover; }
+QLineEdit QToolButton { background: transparent; border: none; min-height: 0; padding: 0; }
 QLineEdit:focus { border-color: @accent; background: @surface; }
 
 QPushButton, QToolButton { background: @surface; border: 1px solid @line; border-radius: 6px; padding: 6px 14px;

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include <QAbstractEventDispatcher>
 
@@ -57,18 +58,29 @@ Trace::Trace()
     setenv("QT_NO_GLIB", "1", 1);
 }
 
+// The loop tells when it is about to wait, but not when it has done so: the first event after that does.
 void Trace::Watch()
 {
     QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
     m_awake = Clock::now();
-    QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, dispatcher, [this] { m_awake = Clock::now(); });
     QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, dispatcher,
-                     [this] { m_longestStretch = std::max(m_longestStretch, Clock::now() - m_awake); });
+                     [this]
+                     {
+                         if (!m_waiting)
+                             m_longestStretch = std::max(m_longestStretch, Clock::now() - m_awake);
+                         m_waiting = true;
+                     });
 }
 
-void Trace::NoteEvent(Clock::duration took)
+void Trace::BeginEvent()
 {
-    m_longestEvent = std::max(m_longestEvent, took);
+    if (std::exchange(m_waiting, false))
+        m_awake = Clock::now();
+}
+
+void Trace::EndEvent(Clock::time_point begun)
+{
+    m_longestEvent = std::max(m_longestEvent, Clock::now() - begun);
 }
 
 void Trace::NotePaint(bool complete)

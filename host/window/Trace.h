@@ -20,8 +20,9 @@ public:
 
     // To be called when there is an application object.
     void Watch();
-    // An event was handled.
-    void NoteEvent(Clock::duration took);
+    // Around the handling of an event.
+    void BeginEvent();
+    void EndEvent(Clock::time_point begun);
     // The timeline was drawn; `complete` when pictures are seen in it.
     void NotePaint(bool complete);
     [[nodiscard]] bool HasContent() const noexcept { return m_contentMs >= 0; }
@@ -32,6 +33,7 @@ public:
     void Print() const;
 
 private:
+    bool m_waiting = true; // the loop waits, or has not handled anything since
     Clock::time_point m_awake{};
     Clock::duration m_longestStretch{};
     Clock::duration m_longestEvent{};

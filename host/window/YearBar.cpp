@@ -22,6 +22,7 @@ constexpr int kYears = 34;        // the years' column
 
 YearBar::YearBar(const Texts& texts, QWidget* parent) : QAbstractSlider(parent), m_texts(texts)
 {
+    setObjectName(QStringLiteral("yearBar"));
     setOrientation(Qt::Vertical);
     setInvertedAppearance(true); // the latest month, 0, is at the top
     setInvertedControls(true);

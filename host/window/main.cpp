@@ -42,7 +42,9 @@ public:
 
     bool notify(QObject* receiver, QEvent* event) override
     {
-        const auto start = Trace::Clock::now();
+        const auto begun = Trace::Clock::now();
+        if (m_trace != nullptr)
+            m_trace->BeginEvent();
         bool known = false;
         try
         {
@@ -53,7 +55,7 @@ public:
             TellError(error.what());
         }
         if (m_trace != nullptr)
-            m_trace->NoteEvent(Trace::Clock::now() - start);
+            m_trace->EndEvent(begun);
         return known;
     }
 
