@@ -1,4 +1,4 @@
-// Imports that are killed, again and again, and disks that fill up. HALYON_KILLS says how often.
+// Imports that are killed, again and again, or interrupted, and disks that fill up. HALYON_KILLS says how often.
 #include <tests/system/HostTest.h>
 
 #include <chrono>
@@ -75,7 +75,7 @@ protected:
         ASSERT_EQ(std::system(make.c_str()), 0);
     }
 
-    [[nodiscard]] std::filesystem::path Tree() const { return Path("tree"); }
+    [[nodiscard]] std::filesystem::path Tree() const { return Path("trees") / "0"; }
 
     // Runs an import that is killed after `events`, and a little later; false when it has come to its end before.
     bool KillImport(int events, int microseconds) const
@@ -207,4 +207,35 @@ TEST_F(KilledImportTest, AFullDiskEndsItWithAReasonAndNothingIsLost)
         EXPECT_EQ(Facts(), facts) << most;
         std::filesystem::remove(Catalog());
     }
+}
+
+using InterruptedImportTest = KilledImportTest;
+
+TEST_F(InterruptedImportTest, LeavesAWholeCatalogueAndCompletesLater)
+{
+    // Making links takes a small part of the time that making files does.
+    using std::filesystem::copy_options;
+    for (int copy = 1; copy < 20; ++copy)
+        std::filesystem::copy(Tree(), Path("trees") / std::to_string(copy),
+                              copy_options::recursive | copy_options::create_hard_links);
+    HostProcess process({"import", Path("trees").string(), "--catalog", Catalog()}, InZone({.terminalColumns = 80}));
+    ASSERT_TRUE(process.WaitFor(" of 20000") && process.WaitFor(" left")) << "the bar: count, rate and time left";
+    process.Type("\x03");
+    const HostOutcome interrupted = process.Finish();
+    EXPECT_EQ(interrupted.status, 130);
+    EXPECT_TRUE(Shows(interrupted.out, "interrupted after "));
+
+    EXPECT_EQ(Query("PRAGMA integrity_check"), "ok\n");
+    const int stored = std::stoi(Query("SELECT count(*) FROM media"));
+    EXPECT_LT(stored, 20000);
+    EXPECT_TRUE(Shows(interrupted.out, "interrupted after " + std::to_string(stored) + " of 20000 files"));
+
+    const HostOutcome rest = Import(Path("trees"));
+    EXPECT_TRUE(Shows(rest.out, std::to_string(20000 - stored) + " new, 0 changed, " + std::to_string(stored) +
+                                    " unchanged, 0 gone"));
+    EXPECT_EQ(rest.err.find_first_of("\r\x1b"), std::string::npos) << "no bar on a pipe: " << rest.err;
+    EXPECT_EQ(Query("SELECT count(*), count(DISTINCT taken), min(rating), max(rating), min(width), max(width)"
+                    " FROM media"),
+              "20000,1000,1,5,48,96\n");
+    EXPECT_TRUE(Shows(Import(Path("trees")).out, "0 new, 0 changed, 20000 unchanged, 0 gone"));
 }
