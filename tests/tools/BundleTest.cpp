@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,20 +25,14 @@ namespace fs = std::filesystem;
 
 namespace
 {
-struct Languages
+// What a user has set, in words such as "LANG=ja"; the other variables are not set.
+void Speak(Environment& environment, const std::string& words)
 {
-    const char* language;
-    const char* all;
-    const char* messages;
-    const char* lang;
-};
-
-void Speak(Environment& environment, const Languages& languages)
-{
-    environment.Set("LANGUAGE", languages.language);
-    environment.Set("LC_ALL", languages.all);
-    environment.Set("LC_MESSAGES", languages.messages);
-    environment.Set("LANG", languages.lang);
+    for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"})
+        environment.Set(name, nullptr);
+    std::istringstream stream(words);
+    for (std::string name, value; std::getline(stream, name, '=') && std::getline(stream, value, ' ');)
+        environment.Set(name, value.c_str());
 }
 
 std::string OutputOf(const fs::path& program)
@@ -67,7 +62,7 @@ TEST(Bundle, EveryOperationNamesItsFolder)
     const fs::path folder = top.Path() / "F\u00F8to.app";
     fs::create_directories(folder / "Contents/Resources/ja.lproj");
     Environment environment;
-    Speak(environment, {"ja", nullptr, nullptr, nullptr});
+    Speak(environment, "LANGUAGE=ja");
     const CTovStringW path = top.Wide("F\u00F8to.app/"); // as people write folders
     const CFHolder<CFBundleRef> bundle(Tools::CreateBundleByPath(path));
     ASSERT_NE(bundle, nullptr);
@@ -103,35 +98,35 @@ TEST(Bundle, TheUsersLanguagesChooseTheLocalisation)
 {
     const struct
     {
-        Languages user;
+        const char* user;
         std::vector<const char*> folders;
         const char* expected; // "" for none
     } cases[] = {
-        {{"ja", nullptr, nullptr, nullptr}, {"en", "ja", "fr"}, "ja"},
-        {{"sw:fr_CA:ja", nullptr, nullptr, nullptr}, {"en", "fr", "ja"}, "fr"},
-        {{nullptr, "ja_JP.UTF-8", "fr_FR", "de_DE"}, {"de", "en", "fr", "ja"}, "ja"},
-        {{"", "", "fr_FR.ISO-8859-15@euro", "de_DE"}, {"de", "en", "fr", "ja"}, "fr"},
-        {{nullptr, nullptr, nullptr, "de_AT"}, {"de", "en", "fr", "ja"}, "de"},
-        {{"sw", nullptr, nullptr, "de_AT.UTF-8"}, {"de", "en", "fr"}, "de"},
+        {"LANGUAGE=ja", {"en", "ja", "fr"}, "ja"},
+        {"LANGUAGE=sw:fr_CA:ja", {"en", "fr", "ja"}, "fr"},
+        {"LC_ALL=ja_JP.UTF-8 LC_MESSAGES=fr_FR LANG=de_DE", {"de", "en", "fr", "ja"}, "ja"},
+        {"LANGUAGE= LC_ALL= LC_MESSAGES=fr_FR.ISO-8859-15@euro LANG=de_DE", {"de", "en", "fr", "ja"}, "fr"},
+        {"LANG=de_AT", {"de", "en", "fr", "ja"}, "de"},
+        {"LANGUAGE=sw LANG=de_AT.UTF-8", {"de", "en", "fr"}, "de"},
         // Old bundles call the folders by the languages' English names.
-        {{"ja_JP", nullptr, nullptr, nullptr}, {"English", "French", "Japanese"}, "Japanese"},
-        {{"nb_NO", nullptr, nullptr, nullptr}, {"English", "Norwegian Bokm\u00E5l"}, "Norwegian Bokm\u00E5l"},
+        {"LANGUAGE=ja_JP", {"English", "French", "Japanese"}, "Japanese"},
+        {"LANGUAGE=nb_NO", {"English", "Norwegian Bokm\u00E5l"}, "Norwegian Bokm\u00E5l"},
         // Scripts, regions, variants.
-        {{"zh_TW", nullptr, nullptr, nullptr}, {"en", "zh-Hans", "zh-Hant"}, "zh-Hant"},
-        {{"zh_CN.UTF-8", nullptr, nullptr, nullptr}, {"en", "zh_HK", "zh_SG"}, "zh_SG"},
-        {{"pt_BR", nullptr, nullptr, nullptr}, {"pt", "pt_PT"}, "pt"},
-        {{"pt_AO", nullptr, nullptr, nullptr}, {"pt", "pt_PT"}, "pt_PT"},
-        {{"en_AU", nullptr, nullptr, nullptr}, {"en-GB", "en_US", "fr"}, "en-GB"},
-        {{nullptr, nullptr, nullptr, "sr_RS@latin"}, {"sr", "sr-Latn"}, "sr-Latn"},
-        {{nullptr, nullptr, nullptr, "sr_RS.UTF-8"}, {"sr", "sr_Latn"}, "sr"},
-        {{nullptr, nullptr, nullptr, "ca_ES.UTF-8@valencia"}, {"ca", "ca_ES@valencia"}, "ca_ES@valencia"},
+        {"LANGUAGE=zh_TW", {"en", "zh-Hans", "zh-Hant"}, "zh-Hant"},
+        {"LANGUAGE=zh_CN.UTF-8", {"en", "zh_HK", "zh_SG"}, "zh_SG"},
+        {"LANGUAGE=pt_BR", {"pt", "pt_PT"}, "pt"},
+        {"LANGUAGE=pt_AO", {"pt", "pt_PT"}, "pt_PT"},
+        {"LANGUAGE=en_AU", {"en-GB", "en_US", "fr"}, "en-GB"},
+        {"LANG=sr_RS@latin", {"sr", "sr-Latn"}, "sr-Latn"},
+        {"LANG=sr_RS.UTF-8", {"sr", "sr_Latn"}, "sr"},
+        {"LANG=ca_ES.UTF-8@valencia", {"ca", "ca_ES@valencia"}, "ca_ES@valencia"},
         // Nothing that the user reads: English, else the first; a name that is no language is the last choice.
-        {{"ko", nullptr, nullptr, nullptr}, {"de", "en_GB", "ja"}, "en_GB"},
-        {{nullptr, "C", nullptr, nullptr}, {"de", "English", "ja"}, "English"},
-        {{nullptr, nullptr, nullptr, nullptr}, {"sv", "fr", "ja", "de", "it", "nl"}, "de"},
-        {{"base", nullptr, nullptr, nullptr}, {"Base", "ja"}, "ja"},
-        {{"ja", nullptr, nullptr, nullptr}, {"Base"}, "Base"},
-        {{"ja", nullptr, nullptr, nullptr}, {}, ""},
+        {"LANGUAGE=ko", {"de", "en_GB", "ja"}, "en_GB"},
+        {"LC_ALL=C", {"de", "English", "ja"}, "English"},
+        {"", {"sv", "fr", "ja", "de", "it", "nl"}, "de"},
+        {"LANGUAGE=base", {"Base", "ja"}, "ja"},
+        {"LANGUAGE=ja", {"Base"}, "Base"},
+        {"LANGUAGE=ja", {}, ""},
     };
     for (const auto& c : cases)
     {
@@ -144,10 +139,7 @@ TEST(Bundle, TheUsersLanguagesChooseTheLocalisation)
         Environment environment;
         Speak(environment, c.user);
         const std::string expected = *c.expected != 0 ? "/" + std::string(c.expected) + ".lproj" : "";
-        EXPECT_EQ(U8(Tools::GetLocalizePathFromBundlePath(top.Wide(""))), resources.native() + expected)
-            << (c.user.language != nullptr ? c.user.language
-                : c.user.lang != nullptr   ? c.user.lang
-                                           : "C");
+        EXPECT_EQ(U8(Tools::GetLocalizePathFromBundlePath(top.Wide(""))), resources.native() + expected) << c.user;
     }
 }
 
