@@ -26,12 +26,8 @@ long Descriptors(const std::u16string& path)
     return count;
 }
 
-class Connection : public DatabaseTest
-{
-};
-class ConnectedConnection : public ConnectedTest
-{
-};
+using Connection = DatabaseTest;
+using ConnectedConnection = ConnectedTest;
 
 TEST_F(Connection, SecondConnectSucceedsWhenAnyStringMatches)
 {

@@ -18,6 +18,7 @@
 
 #include "tests/stress/Scale.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/Threads.h"
 
 using namespace Halyon;
 using namespace HalyonTest;
@@ -122,15 +123,10 @@ protected:
     {
         const Client::Connection database = Open();
         std::vector<Seen> seen(kWriters + kReaders);
-        std::vector<std::thread> threads;
-        for (std::size_t i = 0; i < seen.size(); ++i)
-            threads.emplace_back([&, i] { seen[i] = Work(database, process, i < kWriters); });
+        OnThreads(seen.size(), [&](std::size_t i) { seen[i] = Work(database, process, i < kWriters); });
         Seen all;
-        for (std::size_t i = 0; i < seen.size(); ++i)
-        {
-            threads[i].join();
-            all.Add(seen[i]);
-        }
+        for (const Seen& one : seen)
+            all.Add(one);
         return all;
     }
 

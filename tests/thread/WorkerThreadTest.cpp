@@ -9,6 +9,7 @@
 #include <halyon/thread/CHynWorkerThread.h>
 
 #include "Doubles.h"
+#include "tests/support/Threads.h"
 
 using namespace Halyon;
 using namespace HalyonTest;
@@ -253,26 +254,20 @@ TEST_F(Worker, CountsEveryEventOfEightProducersInTheOrderOfEach)
     const CHynAutoPtr<CountingHandler> handler = new CountingHandler;
     const WorkerPtr worker = StartedWorker();
     worker->RegisterHandler(handler, nullptr);
-    std::vector<std::thread> producers;
-    for (std::uint32_t producer = 0; producer < kProducers; ++producer)
+    const auto produce = [&](std::size_t producer)
     {
-        producers.emplace_back(
-            [&, producer]
-            {
-                std::atomic<std::uint32_t>& handled = handler->handled[producer];
-                for (std::uint32_t number = 0; number < kEach; ++number)
-                {
-                    for (std::uint32_t seen = handled; number - seen >= kAhead; seen = handled)
-                        handled.wait(seen);
-                    worker->PostEvent(kEvent, number, static_cast<std::int32_t>(producer), ParamPtr(new Param(number)),
-                                      nullptr);
-                }
-                for (std::uint32_t seen = handled; seen != kEach; seen = handled)
-                    handled.wait(seen);
-            });
-    }
-    for (std::thread& producer : producers)
-        producer.join();
+        std::atomic<std::uint32_t>& handled = handler->handled[producer];
+        for (std::uint32_t number = 0; number < kEach; ++number)
+        {
+            for (std::uint32_t seen = handled; number - seen >= kAhead; seen = handled)
+                handled.wait(seen);
+            worker->PostEvent(kEvent, number, static_cast<std::int32_t>(producer), ParamPtr(new Param(number)),
+                              nullptr);
+        }
+        for (std::uint32_t seen = handled; seen != kEach; seen = handled)
+            handled.wait(seen);
+    };
+    OnThreads(kProducers, produce);
     worker->Stop();
     EXPECT_FALSE(handler->outOfOrder);
 }
