@@ -80,7 +80,8 @@ TEST(ModuleObjects, AnswerQueriesByTheRules)
     ASSERT_EQ(Call<std::int32_t>(connection, kConnect, u":memory:", u"a", u"b"), kOk);
     ASSERT_EQ(Call<std::int32_t>(connection, kCreateCommand, &command), kOk);
     ASSERT_EQ(Call<std::int32_t>(connection, kOpenText, u"SELECT 1", &rows), kOk);
-    for (const auto& [object, own, others] : {std::tuple(command, kCommand, kRecordSet), {rows, kRecordSet, kCommand}})
+    for (const auto& [object, own, others] :
+         {std::tuple(command, kCommand, kRecordSet), std::tuple(rows, kRecordSet, kCommand)})
     {
         void* const marker = connection;
         for (const Identifier& id : {own, kUnknown})
