@@ -1,21 +1,18 @@
 // The lock of the consumer's end must keep everybody out, whoever the owner is and whether or not the kernel helps.
 
 #include <atomic>
-#include <cerrno>
 #include <cstdlib>
 #include <thread>
 #include <vector>
 
 #include <fcntl.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 
 #include <gtest/gtest.h>
 
 #include <halyon/thread/HynBiasedLock.h>
 
+#include <tests/support/DenyCall.h>
 #include <tests/support/InChild.h>
 
 using Halyon::CHynAutoLock;
@@ -75,17 +72,9 @@ void ExpectApart(int ownerSteps)
     EXPECT_EQ(guarded.second, guarded.first);
 }
 
-// From here on the kernel denies the process, and what it becomes, the call that fences threads; whether it does.
 bool DenyFences()
 {
-    sock_filter rules[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_membarrier, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    const sock_fprog filter = {std::size(rules), rules};
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+    return HalyonTest::DenyCall(SYS_membarrier);
 }
 
 constexpr char kDenied[] = "HALYON_TEST_FENCES_DENIED";
