@@ -1,20 +1,14 @@
 #include <host/TrashCommand.h>
 
-#include <cerrno>
 #include <cstdio>
-#include <deque>
 #include <exception>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 
-#include <halyon/tools/CHynPubTools.h>
+#include <host/DesktopTrash.h>
 #include <host/HostError.h>
 #include <host/ItemPath.h>
 #include <host/PrintableText.h>
@@ -25,29 +19,6 @@ namespace
 {
 constexpr std::string_view kAction = "cannot move to the trash";
 
-struct Item
-{
-    explicit Item(const std::string& name) : path(ItemPath(kAction, name)) { lstat(path.c_str(), &status); }
-
-    // Whether the item itself, and nothing else by now, lies at its path.
-    [[nodiscard]] bool IsThere() const
-    {
-        struct stat now = {};
-        return lstat(path.c_str(), &now) == 0 && now.st_dev == status.st_dev && now.st_ino == status.st_ino;
-    }
-
-    std::string path;
-    struct stat status = {};
-};
-
-// The tool does not tell why an item stayed where it is.
-std::string WhyNotMoved(const std::string& path)
-{
-    if (access(std::filesystem::path(path).parent_path().c_str(), W_OK) != 0)
-        return SystemReason(errno);
-    return "it may not be moved, or its volume has no trash of yours";
-}
-
 void Tell(const std::exception& failure)
 {
     std::fprintf(stderr, "hynhost: %s\n", failure.what());
@@ -57,13 +28,12 @@ void Tell(const std::exception& failure)
 bool MoveToTrash(const std::vector<std::string>& names)
 {
     bool allMoved = true;
-    std::vector<Item> items;
-    std::deque<CTovStringW> paths;
+    std::vector<TrashItem> items;
     for (const std::string& name : names)
     {
         try
         {
-            paths.push_back(CTovStringW::FromUTF8(items.emplace_back(name).path));
+            items.emplace_back(ItemPath(kAction, name));
         }
         catch (const HostError& failure)
         {
@@ -71,12 +41,12 @@ bool MoveToTrash(const std::vector<std::string>& names)
             allMoved = false;
         }
     }
-    Halyon::CHynPubTools::DeleteFile(paths, nullptr, 1, 0);
-    for (const Item& item : items)
+    MoveToDesktopTrash(items);
+    for (const TrashItem& item : items)
     {
         if (!item.IsThere())
             continue;
-        Tell(HostError(kAction, PrintableText(item.path), WhyNotMoved(item.path)));
+        Tell(HostError(kAction, PrintableText(item.Path()), item.WhyNotMoved()));
         allMoved = false;
     }
     return allMoved;

@@ -14,8 +14,8 @@
 #include <halyon/platform/TovMutex.h>
 #include <halyon/thread/CHynThreadManager.h>
 #include <host/FileBytes.h>
+#include <host/FunctionWorker.h>
 #include <host/window/CatalogReader.h>
-#include <host/window/FunctionWorker.h>
 #include <host/window/SharedCatalog.h>
 
 namespace HynHost

@@ -1,4 +1,4 @@
-#include <host/window/FunctionWorker.h>
+#include <host/FunctionWorker.h>
 
 #include <utility>
 
