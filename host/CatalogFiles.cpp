@@ -14,12 +14,15 @@ constexpr const char16_t* kAddFolder = u"INSERT INTO folder (volume, path) VALUE
 // NULL cannot be bound through the interface, so a value that cannot occur stands for it.
 constexpr const char16_t* kStore =
     u"INSERT INTO file (folder, name, size, mtime_ns, inode, kind, taken, width, height, rating, problem)"
-    u" VALUES (?, ?, ?, ?, ?, NULLIF(?, ''), ?, NULLIF(?, 0), "
-    u"NULLIF(?, 0),"
+    u" VALUES (?, ?, ?, ?, ?, NULLIF(?, ''), ?, NULLIF(?, 0), NULLIF(?, 0),"
     u" NULLIF(?, -1), NULLIF(?, ''))"
     u" ON CONFLICT (folder, name) DO UPDATE SET size = excluded.size, mtime_ns = excluded.mtime_ns,"
     u" inode = excluded.inode, kind = excluded.kind, taken = excluded.taken, width = excluded.width,"
     u" height = excluded.height, rating = excluded.rating, problem = excluded.problem";
+
+constexpr const char16_t* kStoreThumbnail =
+    u"INSERT OR REPLACE INTO thumbnail (file, size, mtime_ns, inode, image)"
+    u" SELECT id, size, mtime_ns, inode, ?3 FROM file WHERE folder = ?1 AND name = ?2";
 
 // What begins with a folder's path sorts from "FOLDER/" to before "FOLDER0", the character after "/".
 constexpr const char16_t* kCountBelow = u"SELECT count(*) FROM file JOIN folder ON folder.id = file.folder"
@@ -46,6 +49,7 @@ std::string EndOf(StoredFolder folder)
 CatalogFiles::CatalogFiles(Catalog& catalog)
     : m_findFolder(catalog.GetDatabase().prepare(kFindFolder)), m_find(catalog.GetDatabase().prepare(kFind)),
       m_addFolder(catalog.GetDatabase().prepare(kAddFolder)), m_store(catalog.GetDatabase().prepare(kStore)),
+      m_storeThumbnail(catalog.GetDatabase().prepare(kStoreThumbnail)),
       m_countBelow(catalog.GetDatabase().prepare(kCountBelow)),
       m_filesBelow(catalog.GetDatabase().prepare(kFilesBelow)), m_remove(catalog.GetDatabase().prepare(kRemove)),
       m_removeEmptyFolders(catalog.GetDatabase().prepare(kRemoveEmptyFolders))
@@ -91,6 +95,14 @@ void CatalogFiles::Store(StoredFolder folder, const std::string& name, const Fil
     m_store.execute(AddFolder(folder), name, facts.stamp.size, facts.stamp.modifiedNs, facts.stamp.inode,
                     facts.kind ? MediaKindName(*facts.kind) : "", facts.taken, facts.width, facts.height,
                     facts.rating.value_or(-1), facts.problem);
+}
+
+void CatalogFiles::StoreThumbnail(StoredFolder folder, const std::string& name, std::span<const std::byte> image)
+{
+    if (image.empty())
+        m_storeThumbnail.execute(FindFolder(folder), name, std::nullopt);
+    else
+        m_storeThumbnail.execute(FindFolder(folder), name, image);
 }
 
 std::vector<StoredFile> CatalogFiles::FilesBelow(StoredFolder folder, long long after, int limit)

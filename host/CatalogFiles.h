@@ -4,8 +4,10 @@
 // transaction its caller has open: without one, every call would wait for the disk.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,6 +55,9 @@ public:
     // Adds the file or replaces what was known of it. [owner]
     void Store(StoredFolder folder, const std::string& name, const FileFacts& facts);
 
+    // Adds or replaces the thumbnail of a file that was stored; empty: there can be none. [owner]
+    void StoreThumbnail(StoredFolder folder, const std::string& name, std::span<const std::byte> image);
+
     // Up to `limit` files below `folder` with ids above `after`, in the order of ids. [owner]
     [[nodiscard]] std::vector<StoredFile> FilesBelow(StoredFolder folder, long long after, int limit);
 
@@ -82,6 +87,7 @@ private:
     Command m_find;
     Command m_addFolder;
     Command m_store;
+    Command m_storeThumbnail;
     Command m_countBelow;
     Command m_filesBelow;
     Command m_remove;

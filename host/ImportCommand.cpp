@@ -3,20 +3,27 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
+#include <halyon/platform/EventLoop.h>
+#include <halyon/thread/CHynThreadManager.h>
 #include <host/BusyNotice.h>
 #include <host/Catalog.h>
+#include <host/FunctionWorker.h>
 #include <host/HostError.h>
 #include <host/ImportPipeline.h>
 #include <host/ImportScope.h>
 #include <host/Interrupt.h>
 #include <host/PrintableText.h>
+#include <host/Progress.h>
 
 namespace HynHost
 {
@@ -46,15 +53,148 @@ Catalog OpenCatalog(const std::string& file)
     return Catalog(file, Catalog::Mode::Create);
 }
 
-ImportReport RunImport(ImportPipeline& pipeline, const std::string& catalog)
+// Says on standard error that and where an import was interrupted.
+void TellInterrupted(const ImportReport& report, Progress& progress)
+{
+    progress.Clear();
+    const std::uint64_t total = progress.Total();
+    const std::string of = total == 0 ? std::string() : " of " + std::to_string(total);
+    std::fprintf(stderr, "hynhost: interrupted after %llu%s files; what they told is in the catalogue\n",
+                 Number(report.done), of.c_str());
+}
+
+// An import on a terminal: its bar, its interrupts, and the main loop that runs meanwhile.
+class TerminalImport : public ImportObserver
+{
+public:
+    TerminalImport(Catalog& catalog, Progress& progress) : m_catalog(catalog), m_progress(progress) {}
+
+    // Runs the main event loop until the import has ended or was interrupted; every thread has ended then. Throws what
+    // a thread ran into, HostError or DatabaseError. [main]
+    ImportReport Run(const ImportScope& scope, const ImportSettings& settings)
+    {
+        m_spManager->InitMainThread(nullptr);
+        {
+            std::unique_ptr<ImportPipeline> pipeline; // the writer's
+            FunctionWorker writer(*m_spManager, "writer", [&pipeline] { pipeline.reset(); });
+            writer.Post([&] { Begin(pipeline, scope, settings, writer); });
+            const Ticker ticker([&] { writer.Post([&pipeline] { StopIt(pipeline.get()); }); });
+            Halyon::RunApplicationEventLoop();
+        }
+        m_spManager->UnRegisterAll();
+        m_progress.Clear();
+        if (m_failure != nullptr)
+            std::rethrow_exception(m_failure);
+        return std::move(m_report);
+    }
+
+private:
+    // Looks for an interrupt a few times a second while the loop runs, and acts on it once.
+    class Ticker
+    {
+    public:
+        explicit Ticker(std::function<void()> onInterrupt) : m_onInterrupt(std::move(onInterrupt))
+        {
+            constexpr double kLookForInterruptSeconds = 0.05;
+            Halyon::InstallEventLoopTimer(
+                Halyon::GetMainEventLoop(), 0.0, kLookForInterruptSeconds,
+                [](Halyon::EventLoopTimerRef, void* self) { static_cast<Ticker*>(self)->Look(); }, this, &m_timer);
+        }
+        ~Ticker() { Halyon::RemoveEventLoopTimer(m_timer); }
+        Ticker(const Ticker&) = delete;
+        Ticker& operator=(const Ticker&) = delete;
+
+    private:
+        void Look()
+        {
+            if (!m_done && Interrupt::Requested())
+            {
+                m_done = true;
+                m_onInterrupt();
+            }
+        }
+
+        std::function<void()> m_onInterrupt;
+        Halyon::EventLoopTimerRef m_timer = nullptr;
+        bool m_done = false;
+    };
+
+    void Begin(std::unique_ptr<ImportPipeline>& pipeline, const ImportScope& scope, const ImportSettings& settings,
+               FunctionWorker& writer) noexcept
+    {
+        try
+        {
+            pipeline =
+                std::make_unique<ImportPipeline>(m_catalog, scope, settings, *m_spManager, writer.Thread(), *this);
+            pipeline->Begin();
+        }
+        catch (...)
+        {
+            OnEnded({}, std::current_exception());
+        }
+    }
+
+    static void StopIt(ImportPipeline* pipeline) noexcept
+    {
+        if (pipeline != nullptr)
+            pipeline->Stop();
+    }
+
+    [[nodiscard]] bool MustStop() const noexcept override { return Interrupt::Requested(); }
+
+    [[nodiscard]] std::shared_ptr<void> BeforeLock(const ImportReport& soFar, Transaction::Kind /*kind*/) override
+    {
+        return std::make_shared<BusyNotice>(
+            [this]
+            {
+                m_progress.Clear();
+                std::fputs("hynhost: waiting for the catalogue: another program is using it\n", stderr);
+            },
+            [this, &soFar] { TellInterrupted(soFar, m_progress); });
+    }
+
+    void OnProgress(const ImportReport& soFar, std::uint64_t /*looked*/, const std::string& /*folder*/) override
+    {
+        m_progress.Update(soFar.done);
+    }
+
+    void OnEnded(const ImportReport& report, std::exception_ptr failure) override
+    {
+        m_report = report;
+        m_failure = std::move(failure);
+        m_spManager->PostEvent(0, 0, 0, nullptr, Halyon::kHynMainThreadID, nullptr); // ends the loop
+    }
+
+    Catalog& m_catalog;
+    Progress& m_progress;
+    Halyon::CHynAutoPtr<Halyon::CHynThreadManager> m_spManager = new Halyon::CHynThreadManager;
+    ImportReport m_report;        // read when the writer has ended
+    std::exception_ptr m_failure; // the same
+};
+
+// Only a bar needs the total; the walk for it is short and brings what the real one needs into memory.
+std::uint64_t CountFiles(const ImportScope& scope, FolderWalk::Links links, const Progress& progress)
+{
+    std::uint64_t total = 0;
+    if (progress.WantsTotal())
+    {
+        FolderWalk walk(scope.folder, links, scope.passed, [](const std::string&, const std::string&) {});
+        while (!Interrupt::Requested() && walk.Next())
+            ++total;
+    }
+    return total;
+}
+
+ImportReport RunImport(Catalog& catalog, const ImportScope& scope, const ImportSettings& settings, Progress& progress)
 {
     try
     {
-        return pipeline.Run();
+        progress.Start(CountFiles(scope, settings.links, progress));
+        return TerminalImport(catalog, progress).Run(scope, settings);
     }
     catch (const DatabaseError& failure)
     {
-        ThrowRefusal("cannot bring up to date", catalog, failure);
+        ThrowRefusal("cannot bring up to date", catalog.GetDatabase().File(), failure);
     }
 }
 
@@ -90,11 +230,10 @@ void Import(const Options& options)
     const Interrupt interrupt;
     Catalog catalog = OpenCatalog(file);
     Progress progress("files");
-    ImportPipeline pipeline(catalog, scope, options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass,
-                            options.jobs, progress);
-
+    const ImportSettings settings{
+        options.followLinks ? FolderWalk::Links::Follow : FolderWalk::Links::Pass, options.jobs, {}};
     const auto start = Clock::now();
-    const ImportReport report = RunImport(pipeline, catalog.GetDatabase().File());
+    const ImportReport report = RunImport(catalog, scope, settings, progress);
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     PrintReport(report, scope.folder, catalog.GetDatabase().File(), seconds);
     PrintProblems(report);

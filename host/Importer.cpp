@@ -3,15 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 
 #include <sys/stat.h>
 
-#include <host/BusyNotice.h>
 #include <host/CatalogVolumes.h>
 #include <host/DatabaseFile.h>
-#include <host/Interrupt.h>
 
 namespace HynHost
 {
@@ -21,6 +18,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kBatchFiles = 256;
 constexpr auto kBatchTime = std::chrono::seconds(2); // large files on slow disks are stored sooner
+constexpr auto kTellEvery = std::chrono::milliseconds(100);
 constexpr std::size_t kMostProblems = 10000;
 
 // Whether a file that the catalogue holds is there no more. What merely cannot be reached is not gone.
@@ -40,9 +38,9 @@ std::string PlaceOfCatalog(Catalog& catalog)
 }
 } // namespace
 
-Importer::Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, Progress& progress,
+Importer::Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, ImportObserver& observer,
                    std::function<void(const FileJobPtr&)> handOut)
-    : m_catalog(catalog), m_files(catalog), m_catalogFile(PlaceOfCatalog(catalog)), m_progress(progress),
+    : m_catalog(catalog), m_files(catalog), m_catalogFile(PlaceOfCatalog(catalog)), m_observer(observer),
       m_handOut(std::move(handOut)),
       m_walk(scope.folder, links, scope.passed,
              [this](const std::string& path, const std::string& reason) { AddProblem(path, reason); }),
@@ -106,16 +104,27 @@ StoredFolder Importer::Place(const std::string& folder) const
 void Importer::TakeBack(FileJobPtr spJob)
 {
     --m_out;
+    const std::string folder = spJob->value.file.folder;
     m_read.push_back(std::move(spJob));
     if (m_read.size() >= kBatchFiles || Clock::now() >= m_storeAt)
         StoreRead();
+    Tell(folder);
     HandOutMore();
+}
+
+void Importer::Tell(const std::string& folder)
+{
+    const auto now = Clock::now();
+    if (now < m_tellAt)
+        return;
+    m_tellAt = now + kTellEvery;
+    m_observer.OnProgress(m_report, m_report.done + m_read.size(), folder);
 }
 
 void Importer::StopEarly()
 {
-    StoreRead();
     m_report.interrupted = true;
+    StoreRead();
     m_report.passedLinks = m_walk.PassedLinks();
     m_done = true;
 }
@@ -124,7 +133,7 @@ void Importer::StopEarly()
 // batch is stored faster than they read half of what is out.
 void Importer::HandOutMore()
 {
-    while (!m_walkEnded && m_out < kMostJobs / 2 && !Interrupt::Requested())
+    while (!m_walkEnded && m_out < kMostJobs / 2 && !m_observer.MustStop())
     {
         const Jobs jobs = FindSome();
         LookUp(jobs);
@@ -138,6 +147,8 @@ void Importer::HandOutMore()
             ++m_out;
             m_handOut(spJob);
         }
+        if (!jobs.empty())
+            Tell(jobs.back()->value.file.folder);
     }
     if (m_walkEnded && m_out == 0 && !m_done)
         Finish();
@@ -146,7 +157,7 @@ void Importer::HandOutMore()
 Importer::Jobs Importer::FindSome()
 {
     Jobs jobs;
-    while (jobs.size() < kBatchFiles && !Interrupt::Requested())
+    while (jobs.size() < kBatchFiles && !m_observer.MustStop())
     {
         auto file = m_walk.Next();
         if (!file)
@@ -155,7 +166,7 @@ Importer::Jobs Importer::FindSome()
             break;
         }
         if (!IsCatalog(*file))
-            jobs.emplace_back(new Carried<FileJob>({std::move(*file), std::nullopt, {}}));
+            jobs.emplace_back(new Carried<FileJob>({std::move(*file), std::nullopt, {}, std::nullopt}));
     }
     return jobs;
 }
@@ -188,6 +199,8 @@ void Importer::StoreRead()
             const FileJob& job = spJob->value;
             if (job.facts.wasRead)
                 m_files.Store(Place(job.file.folder), job.file.name, job.facts);
+            if (job.facts.wasRead && job.thumbnail)
+                m_files.StoreThumbnail(Place(job.file.folder), job.file.name, *job.thumbnail);
         }
         transaction.Commit();
     }
@@ -202,7 +215,7 @@ void Importer::Finish()
     StoreRead();
     m_report.passedLinks = m_walk.PassedLinks();
     RemoveGone();
-    m_report.interrupted = Interrupt::Requested();
+    m_report.interrupted = m_observer.MustStop();
     m_done = true;
 }
 
@@ -259,7 +272,7 @@ bool Importer::RemoveGone(const Part& part)
     constexpr int kPage = 512;
     bool removed = false;
     long long after = 0;
-    while (!Interrupt::Requested())
+    while (!m_observer.MustStop())
     {
         Transaction transaction = Begin(Transaction::Kind::Read);
         auto files = m_files.FilesBelow({part.id, part.top}, after, kPage);
@@ -305,23 +318,8 @@ bool Importer::IsCatalog(const WalkedFile& file) const
 
 Transaction Importer::Begin(Transaction::Kind kind)
 {
-    const BusyNotice notice(
-        [this]
-        {
-            m_progress.Clear();
-            std::fputs("hynhost: waiting for the catalogue: another program is using it\n", stderr);
-        },
-        [this] { TellInterrupted(m_report, m_progress); });
+    const auto waiting = m_observer.BeforeLock(m_report, kind);
     m_files.BeginTransaction();
     return Transaction(m_catalog.GetDatabase(), kind);
-}
-
-void TellInterrupted(const ImportReport& report, Progress& progress)
-{
-    progress.Clear();
-    const std::uint64_t total = progress.Total();
-    const std::string of = total == 0 ? std::string() : " of " + std::to_string(total);
-    std::fprintf(stderr, "hynhost: interrupted after %llu%s files; what they told is in the catalogue\n",
-                 static_cast<unsigned long long>(report.done), of.c_str());
 }
 } // namespace HynHost

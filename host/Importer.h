@@ -5,7 +5,7 @@
 // stored some hundreds at a time, in one exclusive transaction each: an interrupted import loses nothing that it has
 // counted as done. Memory does not grow with the folder.
 //
-//     Importer importer(catalog, scope, links, progress, handOut);
+//     Importer importer(catalog, scope, links, observer, handOut);
 //     importer.Start();                      // hands out the first jobs
 //     ... TakeBack(job) for each that is read, in any order, until IsDone() ...
 //
@@ -13,6 +13,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -24,38 +25,18 @@
 #include <host/CatalogFiles.h>
 #include <host/Events.h>
 #include <host/FolderWalk.h>
+#include <host/ImportObserver.h>
 #include <host/ImportScope.h>
-#include <host/Progress.h>
 
 namespace HynHost
 {
-// What an import did. Media files are counted once, in one of the first three.
-struct ImportReport
-{
-    std::uint64_t added = 0;
-    std::uint64_t changed = 0;
-    std::uint64_t unchanged = 0;
-    std::uint64_t gone = 0;   // no longer there, or no media files any more
-    std::uint64_t others = 0; // files that are no media
-    std::uint64_t done = 0;   // files of all sorts that are behind it
-    std::uint64_t passedLinks = 0;
-    bool interrupted = false;
-
-    struct Problem
-    {
-        std::string path; // as the system gives it
-        std::string reason;
-    };
-    std::vector<Problem> problems; // the first of them
-    std::uint64_t moreProblems = 0;
-};
-
 // A file on its way: found, looked up, and read unless it is unchanged.
 struct FileJob
 {
     WalkedFile file;
     std::optional<KnownFile> known;
     FileFacts facts;
+    std::optional<std::vector<std::byte>> thumbnail; // that was made with it, empty for none; nothing: not tried
 
     [[nodiscard]] bool IsUnchanged() const { return known && known->stamp == file.stamp; }
     [[nodiscard]] std::string Path() const { return file.folder + file.name; }
@@ -68,18 +49,19 @@ public:
     // So many jobs are handed out and not back at most: what a reader's queue must hold.
     static constexpr std::size_t kMostJobs = 1024;
 
-    // `scope` outlives the importer. `handOut` sends a job to a reader. Throws HostError when the folder cannot be
-    // read.
-    Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, Progress& progress,
+    // `scope` and `observer` outlive the importer. `handOut` sends a job to a reader. Throws HostError when the folder
+    // cannot be read.
+    Importer(Catalog& catalog, const ImportScope& scope, FolderWalk::Links links, ImportObserver& observer,
              std::function<void(const FileJobPtr&)> handOut);
 
-    // All throw HostError or DatabaseError. [owner]
+    // All throw HostError, DatabaseError or what the observer throws. [owner]
 
     // Enters the volumes in the catalogue and hands out the first jobs. An import without any is done at once.
     void Start();
     // Takes a job that was read, and hands out others.
     void TakeBack(FileJobPtr spJob);
-    // Stores what has come back and ends; jobs that are still out are forgotten.
+    // Stores what has come back and ends; jobs that are still out are forgotten. After it has thrown, it may be tried
+    // again.
     void StopEarly();
 
     // Whether all is stored and the files that are gone are removed, or it was interrupted. [owner]
@@ -111,6 +93,7 @@ private:
     void RemoveGone();
     [[nodiscard]] bool RemoveGone(const Part& part);
     void RemoveFiles(const std::vector<StoredFile>& files);
+    void Tell(const std::string& folder);
     void AddProblem(const std::string& path, const std::string& reason);
     [[nodiscard]] bool IsCatalog(const WalkedFile& file) const;
     Transaction Begin(Transaction::Kind kind);
@@ -119,18 +102,16 @@ private:
     CatalogFiles m_files;
     std::string m_catalogFile; // the path as the walk gives it; empty: in no folder
     std::vector<Part> m_parts;
-    Progress& m_progress;
+    ImportObserver& m_observer;
     std::function<void(const FileJobPtr&)> m_handOut;
     FolderWalk m_walk;
     bool m_walkEnded = false;
     std::size_t m_out = 0; // jobs that are handed out
     Jobs m_read;           // jobs that came back and are not stored
     Clock::time_point m_storeAt;
+    Clock::time_point m_tellAt;
     std::uint64_t m_inCatalog = 0; // files found that the catalogue holds by now
     bool m_done = false;
     ImportReport m_report;
 };
-
-// Says on standard error that and where an import was interrupted.
-void TellInterrupted(const ImportReport& report, Progress& progress);
 } // namespace HynHost

@@ -28,6 +28,10 @@ public:
     // The facts of one file. Nothing is thrown for a file that cannot be read: `facts.problem` says why. [owner]
     [[nodiscard]] FileFacts Recognise(const std::string& path);
 
+    // The bytes of the file that was recognised last, as long as no other is; none when it could not be opened.
+    // [owner]
+    [[nodiscard]] std::span<const std::uint8_t> Bytes() const noexcept { return m_file.Bytes(); }
+
 private:
     struct Closer
     {
