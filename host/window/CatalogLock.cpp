@@ -59,12 +59,12 @@ bool CatalogLock::IsFree(Transaction::Kind kind) const noexcept
 
 bool CatalogLock::WaitUntilFree(Transaction::Kind kind, const std::function<bool()>& stop) const
 {
-    while (!stop())
+    while (!IsFree(kind))
     {
-        if (IsFree(kind))
-            return true;
+        if (stop())
+            return false;
         TovSleep(kAskEachMilliseconds);
     }
-    return false;
+    return true;
 }
 } // namespace HynHost

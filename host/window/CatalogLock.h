@@ -22,7 +22,7 @@ public:
     // [any]
     [[nodiscard]] bool IsFree(Transaction::Kind kind) const noexcept;
 
-    // Waits until it is free, asleep. False as soon as `stop` is true. [any]
+    // Waits until it is free, asleep. False when it is not and `stop` is true. [any]
     [[nodiscard]] bool WaitUntilFree(Transaction::Kind kind, const std::function<bool()>& stop) const;
 
 private:

@@ -11,17 +11,31 @@
 namespace HynHost
 {
 Library::Parts::Parts(Halyon::CHynThreadManager& manager, std::string file, LibraryListener& listener)
-    : m_listener(listener), m_catalog(std::move(file)), m_main(manager), m_writer(manager, "writer"),
-      m_reader(manager, "reader"),
-      m_thumbnails(manager, m_catalog,
-                   {[this](long long id, const QImage& image)
-                    { m_main.Post([this, id, image] { m_listener.OnThumbnail(id, image); }); },
-                    [this](MadeThumbnail made) { StoreLater(std::move(made)); },
-                    [this](const std::string& message)
-                    {
-                        Fail(message);
-                    }})
+    : m_listener(listener), m_catalog(std::move(file)), m_main(manager),
+      m_trash(m_catalog, [this](const std::string& message) { Fail(message); }),
+      m_writer(manager, "writer", [this] { EndWriter(); }), m_edits(m_catalog, m_writer), m_reader(manager, "reader"),
+      m_thumbnails(manager, m_catalog, ThumbnailResults()), m_import(manager, m_catalog, m_writer, ImportResults())
 {
+    m_isWhole.store(true);
+}
+
+// Last on the writer.
+void Library::Parts::EndWriter() noexcept
+{
+    if (!m_isWhole.load())
+        return;
+    m_import.Finish();
+    m_edits.Finish();
+}
+
+ThumbnailFinder::Results Library::Parts::ThumbnailResults()
+{
+    return {
+        [this](long long id, const QImage& image)
+        { m_main.Post([this, id, image] { m_listener.OnThumbnail(id, image); }); },
+        [this](MadeThumbnail made) { StoreLater(std::move(made)); },
+        [this](const std::string& message) { Fail(message); },
+    };
 }
 
 Library::Parts::~Parts()
@@ -29,23 +43,27 @@ Library::Parts::~Parts()
     m_catalog.Stop();
     m_thumbnails.Stop();
     m_reader.Stop();
+    m_import.StopCounting();
     m_writer.Stop();
 }
 
+// Changes the catalogue as soon as nobody else holds its lock.
 template <class Work>
-void Library::Parts::Guarded(Work work) noexcept
+void Library::Parts::Edit(Work work)
 {
-    try
-    {
-        work();
-    }
-    catch (const Stopped&)
-    {
-    }
-    catch (const std::exception& failure)
-    {
-        Fail(failure.what());
-    }
+    m_edits.Post(
+        [this, work = std::move(work)]
+        {
+            try
+            {
+                if (m_catalog.IsOpen())
+                    work();
+            }
+            catch (const std::exception& failure)
+            {
+                Fail(failure.what());
+            }
+        });
 }
 
 void Library::Parts::Fail(const std::string& message)
@@ -126,7 +144,21 @@ void Library::Parts::Find()
 void Library::Parts::WantDetails(long long id)
 {
     m_wantedDetails.store(id);
-    m_reader.Post([this, id] { Guarded([this, id] { FindDetails(id); }); });
+    m_reader.Post(
+        [this, id]
+        {
+            try
+            {
+                FindDetails(id);
+            }
+            catch (const Stopped&)
+            {
+            }
+            catch (const std::exception& failure)
+            {
+                Fail(failure.what());
+            }
+        });
 }
 
 void Library::Parts::FindDetails(long long id)
@@ -152,20 +184,23 @@ void Library::Parts::StoreLater(MadeThumbnail made)
         if (m_made.size() > 1)
             return;
     }
-    m_writer.Post([this] { Guarded([this] { StoreMade(); }); });
+    Edit([this] { StoreMade(); });
 }
 
 void Library::Parts::StoreMade()
 {
-    m_catalog.WaitFor(Transaction::Kind::Exclusive);
-    std::vector<MadeThumbnail> made;
-    {
-        const Halyon::TovMutexLock lock(m_mutex);
-        made.swap(m_made);
-    }
     try
     {
-        m_catalog.Write("cannot store thumbnails in", [&](Database& database) { StoreThumbnails(database, made); });
+        m_catalog.Write("cannot store thumbnails in",
+                        [this](Database& database)
+                        {
+                            std::vector<MadeThumbnail> made;
+                            {
+                                const Halyon::TovMutexLock lock(m_mutex);
+                                made.swap(m_made);
+                            }
+                            StoreThumbnails(database, made);
+                        });
     }
     catch (const HostError& failure)
     {
@@ -177,22 +212,91 @@ void Library::Parts::StoreMade()
 // What is given in the window stands beside what the file says.
 void Library::Parts::Rate(std::vector<long long> ids, int stars)
 {
-    m_writer.Post(
+    Edit(
         [this, ids = std::move(ids), stars]
         {
-            Guarded(
-                [&]
-                {
-                    m_catalog.Write("cannot give stars in",
-                                    [&](Database& database)
-                                    {
-                                        Command give = database.prepare(u"UPDATE file SET given = ?2 WHERE id = ?1");
-                                        for (const long long id : ids)
-                                            give.execute(id, stars);
-                                    });
-                    Refresh();
-                });
+            m_catalog.Write("cannot give stars in",
+                            [&](Database& database)
+                            {
+                                Command give = database.prepare(u"UPDATE file SET given = ?2 WHERE id = ?1");
+                                for (const long long id : ids)
+                                    give.execute(id, stars);
+                            });
+            Refresh();
         });
+}
+
+void Library::Parts::MoveToTrash(std::vector<long long> ids)
+{
+    Edit([this, ids = std::move(ids)] { TellOfTrash(m_trash.Take(ids), &LibraryListener::OnTrashed); });
+}
+
+void Library::Parts::UndoTrash()
+{
+    Edit([this] { TellOfTrash(m_trash.BringBack(), &LibraryListener::OnRestored); });
+}
+
+void Library::Parts::TellOfTrash(std::size_t count, void (LibraryListener::*tell)(std::size_t count))
+{
+    if (count != 0)
+        Refresh();
+    m_main.Post(
+        [this, count, tell, levels = m_trash.Levels()]
+        {
+            m_undoLevels = levels;
+            if (count != 0)
+                (m_listener.*tell)(count);
+        });
+}
+
+void Library::Parts::StartImport(const std::string& folder)
+{
+    if (m_isImporting)
+    {
+        m_main.Post(
+            [this, folder]
+            {
+                m_listener.OnImportRefused(
+                    folder, HostError("cannot import the folder", folder, "another import is running").what());
+            });
+        return;
+    }
+    m_isImporting = true;
+    m_import.Start(folder);
+}
+
+void Library::Parts::CancelImport()
+{
+    if (m_isImporting)
+        m_import.Cancel();
+}
+
+LibraryImport::Results Library::Parts::ImportResults()
+{
+    return {
+        [this](const std::string& folder, const std::string& reason)
+        {
+            m_main.Post(
+                [this, folder, reason]
+                {
+                    m_isImporting = false;
+                    m_listener.OnImportRefused(folder, reason);
+                });
+        },
+        [this](const ImportState& state) { m_main.Post([this, state] { m_listener.OnImportProgress(state); }); },
+        [this](const ImportReport& report, const std::string& failure)
+        {
+            m_main.Post(
+                [this, report, failure]
+                {
+                    m_isImporting = false;
+                    m_listener.OnImportEnded(report, failure);
+                });
+        },
+        [this] { Refresh(); },
+        [this](std::function<void()> edit) { m_edits.Post(std::move(edit)); },
+        [this](const std::string& message) { Fail(message); },
+    };
 }
 
 Library::Library(Halyon::CHynThreadManager& manager, std::string catalogFile, LibraryListener& listener)
@@ -227,21 +331,33 @@ void Library::Rate(std::vector<long long> ids, int stars)
     m_parts->Rate(std::move(ids), stars);
 }
 
-void Library::MoveToTrash(std::vector<long long> /*ids*/) {}
+void Library::MoveToTrash(std::vector<long long> ids)
+{
+    m_parts->MoveToTrash(std::move(ids));
+}
 
-void Library::UndoTrash() {}
+void Library::UndoTrash()
+{
+    m_parts->UndoTrash();
+}
 
 bool Library::CanUndoTrash() const noexcept
 {
-    return false;
+    return m_parts->CanUndoTrash();
 }
 
-void Library::StartImport(const std::string& /*folder*/) {}
+void Library::StartImport(const std::string& folder)
+{
+    m_parts->StartImport(folder);
+}
 
-void Library::CancelImport() {}
+void Library::CancelImport()
+{
+    m_parts->CancelImport();
+}
 
 bool Library::IsImporting() const noexcept
 {
-    return false;
+    return m_parts->IsImporting();
 }
 } // namespace HynHost

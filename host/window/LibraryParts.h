@@ -2,12 +2,17 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <halyon/platform/TovMutex.h>
-#include <host/window/FunctionWorker.h>
+#include <host/FunctionWorker.h>
+#include <host/window/EditQueue.h>
 #include <host/window/Library.h>
+#include <host/window/LibraryImport.h>
+#include <host/window/LibraryTrash.h>
 #include <host/window/MainPost.h>
 #include <host/window/SharedCatalog.h>
 #include <host/window/ThumbnailFinder.h>
@@ -27,10 +32,16 @@ public:
     void WantThumbnails(std::vector<long long> ids) { m_thumbnails.Want(std::move(ids)); }
     void WantDetails(long long id);
     void Rate(std::vector<long long> ids, int stars);
+    void MoveToTrash(std::vector<long long> ids);
+    void UndoTrash();
+    [[nodiscard]] bool CanUndoTrash() const noexcept { return m_undoLevels != 0; }
+    void StartImport(const std::string& folder);
+    void CancelImport();
+    [[nodiscard]] bool IsImporting() const noexcept { return m_isImporting; }
 
 private:
     template <class Work>
-    void Guarded(Work work) noexcept;
+    void Edit(Work work);
     void Fail(const std::string& message);
     void Break(const std::string& message);
     void Refresh();
@@ -38,6 +49,10 @@ private:
     void FindDetails(long long id);
     void StoreLater(MadeThumbnail made);
     void StoreMade();
+    ThumbnailFinder::Results ThumbnailResults();
+    LibraryImport::Results ImportResults();
+    void EndWriter() noexcept;
+    void TellOfTrash(std::size_t count, void (LibraryListener::*tell)(std::size_t count));
 
     LibraryListener& m_listener;
     SharedCatalog m_catalog;
@@ -47,11 +62,17 @@ private:
     bool m_isSearching HYN_GUARDED_BY(m_mutex) = false;
     std::vector<MadeThumbnail> m_made HYN_GUARDED_BY(m_mutex); // and not stored
     bool m_toldOfStoring = false;                              // the writer's own
+    std::size_t m_undoLevels = 0;                              // the main thread's own
+    bool m_isImporting = false;                                // the same
+    std::atomic<bool> m_isWhole = false;                       // everything has been made
 
     // The workers post to each other, so that all are stopped before one goes.
     MainPost m_main;
+    LibraryTrash m_trash; // the writer's own
     FunctionWorker m_writer;
+    EditQueue m_edits;
     FunctionWorker m_reader;
     ThumbnailFinder m_thumbnails;
+    LibraryImport m_import;
 };
 } // namespace HynHost

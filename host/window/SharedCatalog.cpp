@@ -11,7 +11,7 @@ namespace
 constexpr auto kPlacesFor = std::chrono::seconds(3); // a disk that comes back is found again by then
 } // namespace
 
-bool SharedCatalog::Open(Catalog::Mode mode)
+bool SharedCatalog::Open(Catalog::Mode mode, const std::function<bool()>& stop)
 {
     if (IsOpen())
         return true;
@@ -19,11 +19,7 @@ bool SharedCatalog::Open(Catalog::Mode mode)
     if (mode == Catalog::Mode::Existing && !IsEngineName(m_file) && !std::filesystem::exists(m_file, error) && !error)
         return false;
     auto lock = std::make_unique<CatalogLock>(m_file);
-    const auto stop = [this]
-    {
-        return m_stopped.load();
-    };
-    if (!lock->WaitUntilFree(Transaction::Kind::Exclusive, stop)) // it may have to be brought up to date
+    if (!lock->WaitUntilFree(Transaction::Kind::Exclusive, WithStop(stop))) // it may have to be brought up to date
         throw Stopped();
     m_catalog = std::make_unique<Catalog>(m_file, mode);
     m_lock = std::make_unique<CatalogLock>(m_file); // there may have been no file before
@@ -33,12 +29,16 @@ bool SharedCatalog::Open(Catalog::Mode mode)
 
 void SharedCatalog::WaitFor(Transaction::Kind kind, const std::function<bool()>& stop) const
 {
-    const auto mustStop = [&]
+    if (!m_lock->WaitUntilFree(kind, WithStop(stop)))
+        throw Stopped();
+}
+
+std::function<bool()> SharedCatalog::WithStop(const std::function<bool()>& stop) const
+{
+    return [this, &stop]
     {
         return m_stopped.load() || (stop && stop());
     };
-    if (!m_lock->WaitUntilFree(kind, mustStop))
-        throw Stopped();
 }
 
 std::shared_ptr<const VolumePlaces> SharedCatalog::Places()

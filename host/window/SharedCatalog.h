@@ -4,8 +4,8 @@
 //     if (catalog.Open(Catalog::Mode::Existing))
 //         catalog.Read([](Database& database) { return ReadDetails(database, ...); });
 //
-// Nobody waits longer for a locked catalogue than until Stop(): then calls throw Stopped. They throw HostError for what
-// the catalogue refuses.
+// Nobody waits longer for a locked catalogue than until Stop(), who writes hardly at all: then calls throw Stopped.
+// They throw HostError for what the catalogue refuses.
 #pragma once
 
 #include <atomic>
@@ -32,13 +32,14 @@ class SharedCatalog
 public:
     explicit SharedCatalog(std::string file) : m_file(std::move(file)) {}
 
-    // Opens it unless it is open. False when there is none and it is not to be made. [any, one at a time]
-    bool Open(Catalog::Mode mode);
+    // Opens it unless it is open. False when there is none and it is not to be made. Throws Stopped also when `stop`
+    // gets true. [any, one at a time]
+    bool Open(Catalog::Mode mode, const std::function<bool()>& stop = {});
 
     [[nodiscard]] bool IsOpen() const noexcept { return m_isOpen.load(std::memory_order_acquire); }
     [[nodiscard]] const std::string& File() const noexcept { return m_file; }
 
-    // Waits end, now and from now on. [any]
+    // Waits end, now and from now on; what need not wait is still done. [any]
     void Stop() noexcept { m_stopped.store(true); }
     [[nodiscard]] bool IsStopped() const noexcept { return m_stopped.load(); }
 
@@ -57,27 +58,24 @@ public:
                        });
     }
 
-    // The same in a transaction, which is committed unless `work` throws. [any & open]
+    // The same in a transaction, which is committed unless `work` throws. Waits for nobody but this process: while
+    // others hold the lock, it throws Stopped and has done nothing. [any & open]
     template <class Work>
     void Write(const char* action, Work work)
     {
         Guarded(action,
                 [&]
                 {
-                    WaitFor(Transaction::Kind::Exclusive);
+                    const auto giveUp = std::chrono::steady_clock::now() + kPatience;
+                    WaitFor(Transaction::Kind::Exclusive,
+                            [giveUp] { return std::chrono::steady_clock::now() >= giveUp; });
                     Transaction transaction(m_catalog->GetDatabase());
                     work(m_catalog->GetDatabase());
                     transaction.Commit();
                 });
     }
 
-    // [any & open]
-    [[nodiscard]] Catalog& Get() noexcept { return *m_catalog; }
-
-    // Where the volumes are now, or were a few seconds ago. [any & open]
-    [[nodiscard]] std::shared_ptr<const VolumePlaces> Places();
-
-private:
+    // Calls `work()`; a DatabaseError becomes a HostError that tells its reason. [any & open]
     template <class Work>
     auto Guarded(const char* action, Work work)
     {
@@ -90,6 +88,17 @@ private:
             ThrowRefusal(action, m_file, failure);
         }
     }
+
+    // [any & open]
+    [[nodiscard]] Catalog& Get() noexcept { return *m_catalog; }
+
+    // Where the volumes are now, or were a few seconds ago. [any & open]
+    [[nodiscard]] std::shared_ptr<const VolumePlaces> Places();
+
+private:
+    static constexpr auto kPatience = std::chrono::milliseconds(20); // readers of this process are faster
+
+    [[nodiscard]] std::function<bool()> WithStop(const std::function<bool()>& stop) const;
 
     const std::string m_file;
     std::atomic<bool> m_stopped = false;

@@ -46,7 +46,7 @@ void LibraryFixture::CloseLibrary()
 
 void LibraryFixture::Until(const char* what, const std::function<bool()>& isTrue)
 {
-    const auto giveUp = std::chrono::steady_clock::now() + 60s;
+    const auto giveUp = std::chrono::steady_clock::now() + 20s;
     while (!isTrue())
     {
         ASSERT_LT(std::chrono::steady_clock::now(), giveUp) << "not " << what;
@@ -59,6 +59,18 @@ void LibraryFixture::UntilIndexAfter(const std::function<void()>& action)
     const int before = m_told.indexes;
     action();
     Until("searched", [&] { return m_told.indexes > before; });
+}
+
+HynHost::ImportReport LibraryFixture::RunImport(const std::filesystem::path& folder)
+{
+    m_told.ended.clear();
+    m_told.refused.clear();
+    m_library->StartImport(folder.string());
+    Until("ended", [this] { return !m_told.ended.empty() || !m_told.refused.empty(); });
+    if (m_told.ended.empty())
+        throw std::runtime_error(m_told.refused.front());
+    Until("searched", [this] { return m_told.indexes > m_told.indexesAtEnd; });
+    return m_told.ended.front();
 }
 
 std::string LibraryFixture::NameOf(long long id)

@@ -46,6 +46,7 @@ public:
     {
         ended.push_back(report);
         endFailures.push_back(failure);
+        indexesAtEnd = indexes;
     }
 
     std::vector<bool> opened;
@@ -63,6 +64,7 @@ public:
     std::function<void()> onProgress;
     std::vector<HynHost::ImportReport> ended;
     std::vector<std::string> endFailures;
+    int indexesAtEnd = 0;
 };
 
 class LibraryFixture : public HostTest
@@ -81,8 +83,9 @@ protected:
     // Until the search answers after `action`.
     void UntilIndexAfter(const std::function<void()>& action);
 
-    // Names of files in the order of the index, "day name" each when `withDays`.
-    [[nodiscard]] std::vector<std::string> Names();
+    // Imports to the end, and until the search has answered after it.
+    HynHost::ImportReport RunImport(const std::filesystem::path& folder);
+
     [[nodiscard]] std::string NameOf(long long id);
     [[nodiscard]] long long IdOf(const std::string& name);
 
