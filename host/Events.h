@@ -1,5 +1,5 @@
-// The two small classes that posting between threads takes: a parameter that carries a value, and a handler that calls
-// a function.
+// What posting between threads takes: a parameter that carries a value, a handler that calls a function, and a post
+// that arrives.
 //
 //     CHynAutoPtr<Carried<FileJob>> job = new Carried<FileJob>(...);
 //     manager->PostEvent(kReadFile, 0, 0, job, readerID, nullptr);
@@ -7,10 +7,15 @@
 //                             nullptr);
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <utility>
 
+#include <halyon/framework/HynResult.h>
+#include <halyon/platform/TovPCMac.h>
 #include <halyon/thread/CHynEventHandler.h>
+#include <halyon/thread/IHynThread.h>
+#include <host/HostError.h>
 
 namespace HynHost
 {
@@ -46,4 +51,21 @@ public:
 private:
     Function m_function;
 };
+
+// Posts to a thread, and again while there is no memory for it: for events that somebody waits for, who cannot be told
+// in another way. A stopped worker gets nothing. [any]
+inline void PostSurely(Halyon::IHynThread& thread, std::uint32_t eventID, std::uint32_t uParam = 0,
+                       Halyon::IHynEventParam* param = nullptr, void* receiver = nullptr) noexcept
+{
+    constexpr std::uint32_t kWithoutMemoryMilliseconds = 10;
+    while (thread.PostEvent(eventID, uParam, 0, param, receiver) == Halyon::HYN_E_FAIL)
+        TovSleep(kWithoutMemoryMilliseconds);
+}
+
+// Throws HostError when `result` says that a thread, or what it is to handle, could not be set up.
+inline void RequireThread(Halyon::HynResult result)
+{
+    if (Halyon::HynFailed(result))
+        throw HostError("cannot start", "a thread", Halyon::HynResultName(result));
+}
 } // namespace HynHost

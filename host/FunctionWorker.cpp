@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <host/Events.h>
-#include <host/HostError.h>
 
 using Halyon::CHynWorkerThread;
 using Halyon::IHynEventParam;
@@ -39,17 +38,15 @@ private:
 FunctionWorker::FunctionWorker(Halyon::CHynThreadManager& manager, const char* name, std::function<void()> atEnd)
     : m_spThread(new RunningThread(name, std::move(atEnd)))
 {
-    m_spThread->RegisterHandler(
-        new FunctionHandler(kRun, [](std::uint32_t, IHynEventParam* job) { static_cast<Job&>(*job).value(); }), this);
+    RequireThread(m_spThread->RegisterHandler(
+        new FunctionHandler(kRun, [](std::uint32_t, IHynEventParam* job) { static_cast<Job&>(*job).value(); }), this));
     int started = 0;
-    const Halyon::HynResult result = m_spThread->Start(&manager, &started);
-    if (Halyon::HynFailed(result))
-        throw HostError("cannot start", "a thread", Halyon::HynResultName(result));
+    RequireThread(m_spThread->Start(&manager, &started));
 }
 
 void FunctionWorker::Post(std::function<void()> function)
 {
     const Halyon::CHynAutoPtr<Job> spJob = new Job(std::move(function));
-    m_spThread->PostEvent(kRun, 0, 0, spJob, this);
+    PostSurely(*m_spThread, kRun, 0, spJob, this);
 }
 } // namespace HynHost

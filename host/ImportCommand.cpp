@@ -17,6 +17,7 @@
 #include <halyon/thread/CHynThreadManager.h>
 #include <host/BusyNotice.h>
 #include <host/Catalog.h>
+#include <host/Events.h>
 #include <host/FunctionWorker.h>
 #include <host/HostError.h>
 #include <host/ImportPipeline.h>
@@ -73,7 +74,8 @@ public:
     // a thread ran into, HostError or DatabaseError. [main]
     ImportReport Run(const ImportScope& scope, const ImportSettings& settings)
     {
-        m_spManager->InitMainThread(nullptr);
+        RequireThread(m_spManager->InitMainThread(nullptr));
+        RequireThread(m_spManager->GetMainThread(m_spMain.Receive()));
         {
             std::unique_ptr<ImportPipeline> pipeline; // the writer's
             FunctionWorker writer(*m_spManager, "writer", [&pipeline] { pipeline.reset(); });
@@ -162,12 +164,13 @@ private:
     {
         m_report = report;
         m_failure = std::move(failure);
-        m_spManager->PostEvent(0, 0, 0, nullptr, Halyon::kHynMainThreadID, nullptr); // ends the loop
+        PostSurely(*m_spMain, 0); // ends the loop
     }
 
     Catalog& m_catalog;
     Progress& m_progress;
     Halyon::CHynAutoPtr<Halyon::CHynThreadManager> m_spManager = new Halyon::CHynThreadManager;
+    Halyon::CHynAutoPtr<Halyon::IHynThread> m_spMain;
     ImportReport m_report;        // read when the writer has ended
     std::exception_ptr m_failure; // the same
 };

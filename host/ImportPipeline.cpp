@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include <host/HostError.h>
 #include <host/Recogniser.h>
 
 using Halyon::CHynWorkerThread;
@@ -25,9 +24,9 @@ public:
         : CHynWorkerThread(static_cast<std::int32_t>(Importer::kMostJobs), "reader"), m_number(number),
           m_pipeline(pipeline)
     {
-        RegisterHandler(new FunctionHandler(kReadFile, [this](std::uint32_t, IHynEventParam* param)
-                                            { Read(static_cast<Carried<FileJob>&>(*param)); }),
-                        nullptr);
+        RequireThread(RegisterHandler(new FunctionHandler(kReadFile, [this](std::uint32_t, IHynEventParam* param)
+                                                          { Read(static_cast<Carried<FileJob>&>(*param)); }),
+                                      nullptr));
     }
     ~Reader() override { CHynWorkerThread::Stop(); }
 
@@ -47,7 +46,7 @@ private:
         {
             facts.problem = error.what();
         }
-        m_pipeline.m_writer.PostEvent(kFileRead, m_number, 0, &job, &m_pipeline);
+        PostSurely(m_pipeline.m_writer, kFileRead, m_number, &job, &m_pipeline);
     }
 
     const std::uint32_t m_number;
@@ -66,11 +65,9 @@ ImportPipeline::ImportPipeline(Catalog& catalog, ImportScope scope, ImportSettin
     {
         m_readers.emplace_back(new Reader(number, *this));
         int started = 0;
-        const Halyon::HynResult result = m_readers.back()->Start(&manager, &started);
-        if (Halyon::HynFailed(result))
-            throw HostError("cannot start", "a thread", Halyon::HynResultName(result));
+        RequireThread(m_readers.back()->Start(&manager, &started));
     }
-    m_writer.RegisterHandler(m_spOnRead, this);
+    RequireThread(m_writer.RegisterHandler(m_spOnRead, this));
 }
 
 // In this order nothing posts to what is no more.
@@ -131,7 +128,7 @@ void ImportPipeline::HandOut(const FileJobPtr& spJob)
 {
     const auto least = std::min_element(m_jobsOut.begin(), m_jobsOut.end());
     ++*least;
-    m_readers[static_cast<std::size_t>(least - m_jobsOut.begin())]->PostEvent(kReadFile, 0, 0, spJob, nullptr);
+    PostSurely(*m_readers[static_cast<std::size_t>(least - m_jobsOut.begin())], kReadFile, 0, spJob);
 }
 
 void ImportPipeline::OnRead(std::uint32_t reader, Carried<FileJob>& job) noexcept

@@ -6,10 +6,8 @@
 
 #include <halyon/platform/TovMutex.h>
 #include <host/Events.h>
-#include <host/HostError.h>
 
 using Halyon::IHynEventParam;
-using Halyon::kHynMainThreadID;
 
 namespace HynHost
 {
@@ -25,7 +23,7 @@ constexpr auto kLongestDelivery = std::chrono::milliseconds(4);
 class MainPost::Box
 {
 public:
-    explicit Box(Halyon::CHynThreadManager& manager) : m_manager(manager) {}
+    explicit Box(Halyon::CHynThreadManager& manager) { RequireThread(manager.GetMainThread(m_spMain.Receive())); }
 
     void Add(std::function<void()> function)
     {
@@ -78,9 +76,9 @@ private:
         return !pause;
     }
 
-    void Announce() HYN_REQUIRES(m_mutex) { m_manager.PostEvent(kDeliver, 0, 0, nullptr, kHynMainThreadID, this); }
+    void Announce() HYN_REQUIRES(m_mutex) { PostSurely(*m_spMain, kDeliver, 0, nullptr, this); }
 
-    Halyon::CHynThreadManager& m_manager;
+    Halyon::CHynAutoPtr<Halyon::IHynThread> m_spMain;
     Halyon::TovMutex m_mutex;
     bool m_closed HYN_GUARDED_BY(m_mutex) = false;
     std::deque<std::function<void()>> m_functions HYN_GUARDED_BY(m_mutex);
@@ -90,9 +88,7 @@ MainPost::MainPost(Halyon::CHynThreadManager& manager)
     : m_box(std::make_shared<Box>(manager)), m_manager(manager),
       m_spHandler(new FunctionHandler(kDeliver, [box = m_box](std::uint32_t, IHynEventParam*) { box->Deliver(); }))
 {
-    const Halyon::HynResult result = m_manager.RegisterHandler(m_spHandler, m_box.get());
-    if (Halyon::HynFailed(result))
-        throw HostError("cannot listen to", "the workers", Halyon::HynResultName(result));
+    RequireThread(m_manager.RegisterHandler(m_spHandler, m_box.get()));
 }
 
 MainPost::~MainPost()
