@@ -22,6 +22,30 @@ QDate Unpacked(std::uint32_t day)
 {
     return {static_cast<int>(day / 10000), static_cast<int>(day / 100 % 100), static_cast<int>(day % 100)};
 }
+
+// A calendar as the rest of the window looks.
+QCalendarWidget* MakeCalendar(const QLocale& locale, QWidget* parent)
+{
+    const Colours& colours = TheColours();
+    auto* calendar = new QCalendarWidget(parent);
+    calendar->setLocale(locale);
+    calendar->setFirstDayOfWeek(locale.firstDayOfWeek());
+    calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+    calendar->setMinimumSize(288, 256);
+    QTextCharFormat weak;
+    weak.setForeground(colours.weak);
+    weak.setBackground(colours.surface);
+    calendar->setHeaderTextFormat(weak);
+    for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday})
+        calendar->setWeekdayTextFormat(day, weak);
+    for (const auto& [name, symbol] :
+         {std::pair("qt_calendar_prevmonth", Symbol::Back), std::pair("qt_calendar_nextmonth", Symbol::Forth)})
+    {
+        if (auto* button = calendar->findChild<QToolButton*>(QString::fromLatin1(name)))
+            button->setIcon(SymbolIcon(symbol, colours.text));
+    }
+    return calendar;
+}
 } // namespace
 
 DayButton::DayButton(const Texts& texts, const QString& name, QWidget* parent)
@@ -46,14 +70,7 @@ void DayButton::ShowCalendar()
     auto* popup = new QFrame(this, Qt::Popup);
     popup->setAttribute(Qt::WA_DeleteOnClose);
     popup->setObjectName(QStringLiteral("dayPopup"));
-    auto* calendar = new QCalendarWidget(popup);
-    calendar->setLocale(m_texts.Locale());
-    calendar->setFirstDayOfWeek(m_texts.Locale().firstDayOfWeek());
-    calendar->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
-    QTextCharFormat weekend;
-    weekend.setForeground(TheColours().weak);
-    for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday})
-        calendar->setWeekdayTextFormat(day, weekend);
+    QCalendarWidget* calendar = MakeCalendar(m_texts.Locale(), popup);
     if (m_day != 0)
         calendar->setSelectedDate(Unpacked(m_day));
     auto* any = new QPushButton(m_texts("search.anyDay"), popup);

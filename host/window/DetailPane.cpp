@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QDir>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QImageReader>
@@ -23,8 +24,8 @@ namespace
 {
 constexpr int kWidth = 320;
 constexpr QSize kPicture(kWidth - 4 * kGrid, 300); // at most
-constexpr QSize kUnknownShape(4, 3);
-constexpr int kFocusRing = 4; // of the stars, around them
+constexpr QSize kFlat(16, 9);                      // what is no picture
+constexpr int kSymbol = 48;
 
 QSize Fitted(const QSize& size, const QSize& box)
 {
@@ -71,11 +72,32 @@ QString Breakable(QString name)
         name.replace(QLatin1Char(separator), QLatin1Char(separator) + QString(QChar(0x200B)));
     return name;
 }
+
+MediaKind KindNamed(const std::string& name)
+{
+    for (auto kind = MediaKind::Jpeg; kind < MediaKind::Mkv; kind = static_cast<MediaKind>(static_cast<int>(kind) + 1))
+    {
+        if (MediaKindName(kind) == name)
+            return kind;
+    }
+    return MediaKind::Mkv;
+}
+
+// As people write it: "~" is their home.
+QString FolderOf(const QString& path)
+{
+    QString folder = QFileInfo(path).path();
+    const QString home = QDir::homePath();
+    if (folder == home || folder.startsWith(home + QLatin1Char('/')))
+        folder.replace(0, home.size(), QLatin1Char('~'));
+    return folder;
+}
 } // namespace
 
-void PictureBox::SetShape(QSize shape)
+void PictureBox::SetShape(QSize shape, Symbol symbol)
 {
     m_image = {};
+    m_symbol = symbol;
     setFixedHeight(Fitted(shape, kPicture).height());
     update();
 }
@@ -103,7 +125,13 @@ void PictureBox::paintEvent(QPaintEvent* /*event*/)
     outline.addRoundedRect(place, kCorner, kCorner);
     painter.fillPath(outline, TheColours().picture);
     painter.setClipPath(outline);
-    painter.drawImage(place, m_image);
+    if (!m_image.isNull())
+        return painter.drawImage(place, m_image);
+    QRectF square(0, 0, kSymbol, kSymbol);
+    square.moveCenter(QRectF(place).center());
+    QColor weak = TheColours().weak;
+    weak.setAlpha(110);
+    DrawSymbol(painter, m_symbol, square, weak);
 }
 
 DetailPane::DetailPane(const Texts& texts, QWidget* parent)
@@ -133,11 +161,7 @@ DetailPane::DetailPane(const Texts& texts, QWidget* parent)
     column->addSpacing(kGrid);
     column->addWidget(m_name);
     column->addWidget(m_when);
-    auto* starsRow = new QHBoxLayout; // so that the stars, not the ring around them, stand under the text
-    starsRow->setContentsMargins(-kFocusRing, 0, 0, 0);
-    starsRow->addWidget(m_stars);
-    starsRow->addStretch(1);
-    column->addLayout(starsRow);
+    column->addWidget(m_stars);
     column->addWidget(m_problem);
     column->addLayout(m_facts);
     column->addStretch(1);
@@ -197,7 +221,9 @@ void DetailPane::ShowDetails(const MediaDetails& details)
     if (!isOther && m_fileOf == details.id)
         return;
     m_fileOf = 0;
-    m_picture->SetShape(details.width > 0 && details.height > 0 ? QSize(details.width, details.height) : kUnknownShape);
+    const Symbol symbol = SymbolOf(KindNamed(details.kind));
+    const bool hasShape = symbol == Symbol::Picture && details.width > 0 && details.height > 0;
+    m_picture->SetShape(hasShape ? QSize(details.width, details.height) : kFlat, symbol);
     if (m_thumbnailOf == details.id)
         m_picture->SetImage(m_thumbnail);
     ReadFile();
@@ -210,10 +236,10 @@ void DetailPane::ShowFacts()
     AddFact("fact.kind", FromText(m_details.kind));
     AddFact("fact.size", m_texts.Size(m_details.size));
     if (m_details.width > 0)
-        AddFact("fact.pixels", m_texts("pixels", {{QLatin1String("width"), m_texts.Number(m_details.width)},
-                                                  {QLatin1String("height"), m_texts.Number(m_details.height)}}));
+        AddFact("fact.pixels", m_texts("pixels", {{QLatin1String("width"), QString::number(m_details.width)},
+                                                  {QLatin1String("height"), QString::number(m_details.height)}}));
     AddFact("fact.camera", FromText(m_details.camera));
-    AddFact("fact.folder", Breakable(QFileInfo(FromText(m_details.path)).path()));
+    AddFact("fact.folder", Breakable(FolderOf(FromText(m_details.path))));
 }
 
 void DetailPane::AddFact(const char* key, const QString& fact)

@@ -13,6 +13,7 @@
 
 #include <host/window/Library.h>
 #include <host/window/StarRating.h>
+#include <host/window/Symbols.h>
 #include <host/window/Texts.h>
 
 class QLabel;
@@ -26,8 +27,8 @@ class PictureBox : public QWidget
 public:
     using QWidget::QWidget;
 
-    // Makes room for an image of that shape, and shows a ground until it is there.
-    void SetShape(QSize shape);
+    // Makes room for an image of that shape, and shows a symbol until it is there.
+    void SetShape(QSize shape, Symbol symbol);
     void SetImage(const QImage& image);
     [[nodiscard]] const QImage& Image() const noexcept { return m_image; }
 
@@ -36,6 +37,7 @@ protected:
 
 private:
     QImage m_image;
+    Symbol m_symbol = Symbol::Picture;
 };
 
 class DetailPane : public QFrame

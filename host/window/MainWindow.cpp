@@ -273,7 +273,7 @@ void MainWindow::OnOpened(bool exists)
     m_opened = true;
     m_broken.clear();
     if (!exists)
-        m_all = 0;
+        m_search->SetCounts(0, m_all = 0);
     ShowPage();
 }
 

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStyle>
 
 #include <host/window/Style.h>
 #include <host/window/Symbols.h>
@@ -36,7 +37,8 @@ SearchBar::SearchBar(const Texts& texts, QWidget* parent) : QWidget(parent), m_t
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(MakeTop());
+    m_top = MakeTop();
+    column->addWidget(m_top);
     m_filter = MakeFilter();
     m_filter->hide();
     column->addWidget(m_filter);
@@ -182,6 +184,9 @@ void SearchBar::SetCounts(std::size_t found, std::size_t all)
     for (QWidget* widget : std::initializer_list<QWidget*>{m_text, m_filterButton, m_add})
         widget->setVisible(all > 0);
     m_filter->setVisible(all > 0 && IsFilterShown());
+    m_top->setProperty("bare", all == 0);
+    m_top->style()->unpolish(m_top); // the sheet looks at the property again
+    m_top->style()->polish(m_top);
     if (m_told == MediaQuery())
         m_counts->setText(all == 0 ? QString() : m_texts.Count("count", total));
     else

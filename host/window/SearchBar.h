@@ -52,6 +52,7 @@ private:
     void Changed();
 
     const Texts& m_texts;
+    QFrame* m_top;
     QLineEdit* m_text;
     QToolButton* m_filterButton;
     QLabel* m_counts;

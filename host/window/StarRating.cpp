@@ -14,7 +14,7 @@ namespace
 {
 constexpr int kStar = 20;
 constexpr int kPitch = 24;
-constexpr int kInset = 4;
+constexpr int kInset = 4; // above and below
 constexpr int kMost = 5;
 } // namespace
 
@@ -39,7 +39,7 @@ void StarRating::SetStars(int stars)
 
 QSize StarRating::sizeHint() const
 {
-    return {kMost * kPitch - (kPitch - kStar) + 2 * kInset, kStar + 2 * kInset};
+    return {kMost * kPitch, kStar + 2 * kInset};
 }
 
 void StarRating::Choose(int stars)
@@ -51,7 +51,7 @@ void StarRating::Choose(int stars)
 
 int StarRating::StarAt(double x) const
 {
-    return std::clamp(static_cast<int>((x - kInset) / kPitch) + 1, 1, kMost);
+    return std::clamp(static_cast<int>(x / kPitch) + 1, 1, kMost);
 }
 
 void StarRating::paintEvent(QPaintEvent* /*event*/)
@@ -61,7 +61,7 @@ void StarRating::paintEvent(QPaintEvent* /*event*/)
     const int lit = m_hovered > 0 ? m_hovered : value();
     for (int star = 0; star < kMost; ++star)
     {
-        const QRectF square(kInset + star * kPitch, kInset, kStar, kStar);
+        const QRectF square(star * kPitch, kInset, kStar, kStar);
         DrawSymbol(painter, star < lit ? Symbol::FullStar : Symbol::Star, square,
                    star < lit ? colours.accent : colours.weak);
     }

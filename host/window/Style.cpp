@@ -31,6 +31,7 @@ QToolTip { background: @text; color: @ground; border: none; padding: 6px 8px; }
 
 #topBar, #filterBar { background: @surface; }
 #topBar, #filterBar { border-bottom: 1px solid @line; }
+#topBar[bare="true"] { background: @ground; border-color: @ground; }
 #importBar { background: @surface; border-top: 1px solid @line; }
 #detailPane { background: @surface; border: none; border-left: 1px solid @line; }
 #detailPane QScrollArea, #detailBody { background: @surface; border: none; }
@@ -51,7 +52,7 @@ QToolButton:focus { padding: 5px 7px; }
 QPushButton:disabled, QToolButton:disabled { color: @weak; }
 QPushButton[primary="true"] { background: @accent; border-color: @accent; color: @onAccent; }
 QPushButton[primary="true"]:hover { background: @strong; border-color: @strong; }
-QPushButton[primary="true"]:focus { border: 2px solid @text; }
+QPushButton[primary="true"]:focus { border: 2px solid @ring; }
 QToolButton[flat="true"] { background: transparent; border-color: transparent; }
 QToolButton[flat="true"]:hover { background: @hover; }
 QToolButton[flat="true"]:focus { border: 2px solid @accent; }
@@ -104,6 +105,7 @@ QString Sheet(const Colours& colours)
         {"accent", colours.accent},
         {"onAccent", colours.onAccent},
         {"problem", colours.problem},
+        {"ring", colours.dark ? colours.accent.lighter(130) : colours.accent.darker(190)},
         {"strong", colours.dark ? colours.accent.lighter(110) : colours.accent.darker(112)},
     };
     QString sheet = QString::fromLatin1(kSheet);

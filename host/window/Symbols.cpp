@@ -162,6 +162,10 @@ QPainterPath PathOf(Symbol symbol)
         return InformationPath();
     case Symbol::Trash:
         return TrashPath();
+    case Symbol::Back:
+        return Lines({{14.5, 6, 8.5, 12}, {8.5, 12, 14.5, 18}});
+    case Symbol::Forth:
+        return Lines({{9.5, 6, 15.5, 12}, {15.5, 12, 9.5, 18}});
     }
     return {};
 }
@@ -196,6 +200,11 @@ private:
     QColor m_colour;
 };
 } // namespace
+
+Symbol SymbolOf(MediaKind kind) noexcept
+{
+    return IsPicture(kind) ? Symbol::Picture : IsVideo(kind) ? Symbol::Film : Symbol::Sound;
+}
 
 void DrawSymbol(QPainter& painter, Symbol symbol, const QRectF& square, const QColor& colour)
 {

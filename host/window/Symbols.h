@@ -5,6 +5,8 @@
 #include <QIcon>
 #include <QRectF>
 
+#include <host/MediaKind.h>
+
 class QPainter;
 
 namespace HynHost
@@ -25,7 +27,12 @@ enum class Symbol
     Warning,
     Information,
     Trash,
+    Back,
+    Forth,
 };
+
+// What stands for a file of that kind where no picture of it is shown. [any]
+[[nodiscard]] Symbol SymbolOf(MediaKind kind) noexcept;
 
 // Draws the symbol so that it fills the square. [main]
 void DrawSymbol(QPainter& painter, Symbol symbol, const QRectF& square, const QColor& colour);

@@ -19,11 +19,6 @@ constexpr int kBadge = 22;
 
 const QColor kOverPicture(0, 0, 0, 130);
 
-Symbol SymbolOf(MediaKind kind)
-{
-    return IsPicture(kind) ? Symbol::Picture : IsVideo(kind) ? Symbol::Film : Symbol::Sound;
-}
-
 const QColor& ToneOf(MediaKind kind)
 {
     const Colours& colours = TheColours();
@@ -79,11 +74,7 @@ void TimelineView::PaintHeading(QPainter& painter, std::size_t day, int y, bool 
 {
     const MediaDay& shown = Index().Days()[day];
     if (overCells)
-    {
-        QColor ground = TheColours().ground;
-        ground.setAlpha(242);
-        painter.fillRect(QRect(0, y, viewport()->width(), HeadingBottom()), ground);
-    }
+        painter.fillRect(QRect(0, y, viewport()->width(), HeadingBottom()), TheColours().ground);
     const int right =
         TimelineLayout::kMargin + m_layout.Columns() * (m_layout.Side() + TimelineLayout::kGap) - TimelineLayout::kGap;
     const QRect line(TimelineLayout::kMargin, y + kGrid, right - TimelineLayout::kMargin, HeadingBottom() - kGrid);

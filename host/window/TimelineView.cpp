@@ -69,8 +69,11 @@ void TimelineView::SetIndex(std::shared_ptr<const MediaIndex> index, Keep keep)
         onScrolled();
 }
 
+// Whoever looks at the very top sees what comes there.
 TimelineView::Anchor TimelineView::TopAnchor() const
 {
+    if (verticalOffset() == 0 && !selectionModel()->hasSelection())
+        return {};
     const auto [first, last] = InSight();
     for (std::size_t place = first; place < last; ++place)
     {

@@ -34,7 +34,7 @@ public:
 
     enum class Keep
     {
-        Place,   // what is at the top stays there
+        Place,   // what is at the top stays there; the very top stays the top, unless something is selected
         Current, // it is shown where the current item is among what is new, else from the start
     };
     // The selection stays in both cases, as far as it is still there.
