@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -517,9 +518,12 @@ void MainWindow::ImportNext()
 
 void MainWindow::OnImportRefused(const std::string& folder, const std::string& reason)
 {
-    m_message->TellProblem(
-        m_texts("import.refused", {{QLatin1String("folder"), FromText(folder)},
-                                   {QLatin1String("reason"), m_texts.Translated(FromText(reason))}}));
+    // The window has its own words for what comes before the reason.
+    QString why = FromText(reason);
+    if (const qsizetype end = why.indexOf(FromText(folder) + QStringLiteral(": ")); end >= 0)
+        why.remove(0, end + FromText(folder).size() + 2);
+    m_message->TellProblem(m_texts("import.refused", {{QLatin1String("folder"), QDir(FromText(folder)).dirName()},
+                                                      {QLatin1String("reason"), m_texts.Translated(why)}}));
     ImportNext();
 }
 

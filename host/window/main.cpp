@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QLibraryInfo>
+#include <QLoggingCategory>
 #include <QScrollBar>
 #include <QTimer>
 #include <QTranslator>
@@ -130,6 +131,7 @@ int Show(int argc, char** argv, const ShowOptions& options)
     const QtMessageHandler handler = qInstallMessageHandler(OnMessageBeforeDisplay);
     Application application(argc, argv, trace.get());
     qInstallMessageHandler(handler);
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false")); // the catalogue tells of broken pictures
 
     const Texts texts;
     QLocale::setDefault(texts.Locale());
