@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <mutex>
+#include <string_view>
 
 #include <exiv2/exiv2.hpp>
 
@@ -89,12 +92,44 @@ std::int32_t Pixels(int count)
     return std::max(count, 0);
 }
 
-void ReadMetadata(std::span<const std::uint8_t> bytes, PictureFacts& facts)
+// Null when there are too many bytes. Throws what the library throws.
+std::unique_ptr<Exiv2::Image> OpenImage(std::span<const std::uint8_t> bytes)
 {
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<long>::max()))
-        return;
-    auto image = Exiv2::ImageFactory::open(bytes.data(), static_cast<long>(bytes.size()));
+        return nullptr;
+    // What it gives is of another type in each version of the library.
+    std::unique_ptr<Exiv2::Image> image(
+        Exiv2::ImageFactory::open(bytes.data(), static_cast<long>(bytes.size())).release());
     image->readMetadata();
+    return image;
+}
+
+// Makers fill the field up with blanks or zeros.
+std::string Trimmed(std::string text)
+{
+    constexpr std::string_view kBlank(" \t\r\n\0", 5);
+    text.erase(text.find_last_not_of(kBlank) + 1);
+    text.erase(0, std::min(text.find_first_not_of(kBlank), text.size()));
+    return text;
+}
+
+// "NIKON CORPORATION" makes the "NIKON D40", which need not be said twice.
+std::string CameraName(const std::string& maker, const std::string& model)
+{
+    const auto isSame = [](char a, char b)
+    {
+        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    };
+    const std::string word = maker.substr(0, maker.find(' '));
+    const bool isNamed = model.size() >= word.size() && std::equal(word.begin(), word.end(), model.begin(), isSame);
+    return maker.empty() || (isNamed && !model.empty()) ? model : Trimmed(maker + ' ' + model);
+}
+
+void ReadMetadata(std::span<const std::uint8_t> bytes, PictureFacts& facts)
+{
+    const auto image = OpenImage(bytes);
+    if (image == nullptr)
+        return;
     facts.width = Pixels(image->pixelWidth());
     facts.height = Pixels(image->pixelHeight());
     facts.taken = TakenOf(image->exifData());
@@ -124,6 +159,22 @@ PictureFacts ReadPictureFacts(MediaKind kind, std::span<const std::uint8_t> byte
         facts.problem = std::string("broken picture: ") + error.what();
     }
     return facts;
+}
+
+std::string ReadCamera(std::span<const std::uint8_t> bytes)
+{
+    try
+    {
+        const auto image = OpenImage(bytes);
+        if (image == nullptr)
+            return {};
+        return CameraName(Trimmed(ExifText(image->exifData(), "Exif.Image.Make")),
+                          Trimmed(ExifText(image->exifData(), "Exif.Image.Model")));
+    }
+    catch (const std::exception&) // what is broken in it is no camera
+    {
+        return {};
+    }
 }
 
 void PreparePictureReading()

@@ -24,6 +24,10 @@ struct PictureFacts
 // Requires: PreparePictureReading was called. [any]
 [[nodiscard]] PictureFacts ReadPictureFacts(MediaKind kind, std::span<const std::uint8_t> bytes);
 
+// The camera that made the picture in `bytes`, as it calls itself: "Canon EOS 70D", its maker named once. Empty when it
+// is not told. Requires: PreparePictureReading was called. [any]
+[[nodiscard]] std::string ReadCamera(std::span<const std::uint8_t> bytes);
+
 // Sets the metadata library up: quiet, and fit for several threads. Once is enough, more does no harm. [any]
 void PreparePictureReading();
 } // namespace HynHost

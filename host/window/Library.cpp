@@ -1,9 +1,9 @@
 #include <host/window/Library.h>
 
 #include <exception>
-#include <filesystem>
 #include <utility>
 
+#include <host/FileBytes.h>
 #include <host/HostError.h>
 #include <host/PictureFacts.h>
 #include <host/window/LibraryParts.h>
@@ -16,6 +16,7 @@ Library::Parts::Parts(Halyon::CHynThreadManager& manager, std::string file, Libr
       m_writer(manager, "writer", [this] { EndWriter(); }), m_edits(m_catalog, m_writer), m_reader(manager, "reader"),
       m_thumbnails(manager, m_catalog, ThumbnailResults()), m_import(manager, m_catalog, m_writer, ImportResults())
 {
+    PreparePictureReading();
     m_isWhole.store(true);
 }
 
@@ -170,8 +171,10 @@ void Library::Parts::FindDetails(long long id)
                                   [&](Database& database) { return ReadDetails(database, *places, id); });
     if (!details)
         return;
-    std::error_code error;
-    details->isThere = std::filesystem::is_regular_file(details->path, error);
+    FileBytes file;
+    details->isThere = file.Open(details->path) == 0;
+    if (const auto kind = MediaKindFromName(details->kind); details->isThere && kind && IsPicture(*kind))
+        details->camera = ReadCamera(file.Bytes());
     m_main.Post([this, details = std::move(*details)] { m_listener.OnDetails(details); });
 }
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include <sys/stat.h>
+#include <QBuffer>
 
 #include <tests/window/LibraryFixture.h>
 
@@ -17,12 +17,28 @@ using LibraryTest = LibraryFixture;
 
 namespace
 {
-// A picture of one colour, with an Exif block in front of what the reader would write.
+// What a camera writes in front of its picture: who made it, and that it was held upright (6: a quarter to the right).
+constexpr unsigned char kExif[] = {
+    0xFF, 0xE1, 0,   82,  'E', 'x', 'i', 'f', 0,   0,                       // the block and its size
+    'I',  'I',  42,  0,   8,   0,   0,   0,                                 // little-endian, the table follows
+    3,    0,                                                                // its entries
+    0x0F, 1,    2,   0,   12,  0,   0,   0,   50,  0,   0,   0,             // the maker, 12 bytes of text at 50
+    0x10, 1,    2,   0,   12,  0,   0,   0,   62,  0,   0,   0,             // the model at 62
+    0x12, 1,    3,   0,   1,   0,   0,   0,   6,   0,   0,   0, 0, 0, 0, 0, // how it was held
+    'N',  'I',  'K', 'O', 'N', ' ', 'C', 'O', 'R', 'P', ' ', 0,             //
+    'N',  'i',  'k', 'o', 'n', ' ', 'D', '4', '0', ' ', ' ', 0,
+};
+
 void WritePicture(const fs::path& file, int width, int height)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
-    ASSERT_TRUE(image.save(QString::fromStdString(file.string()), "JPG"));
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(image.save(&buffer, "JPG"));
+    const std::string bytes = buffer.data().toStdString();
+    std::ofstream(file, std::ios::binary)
+        << bytes.substr(0, 2) << std::string(std::begin(kExif), std::end(kExif)) << bytes.substr(2);
 }
 
 using Sort = MediaQuery::Sort;
@@ -92,7 +108,7 @@ TEST_F(LibraryTest, ImportedPicturesHaveThumbnailsAndGivenStarsOutlastTheNextRea
     m_library->WantThumbnails({IdOf("fado.mp3"), wide});
     Until("found", [this] { return m_told.thumbnails.size() == 2; });
     EXPECT_TRUE(m_told.thumbnails[IdOf("fado.mp3")].front().isNull());
-    EXPECT_EQ(m_told.thumbnails[wide].front().size(), QSize(320, 80));
+    EXPECT_EQ(m_told.thumbnails[wide].front().size(), QSize(80, 320)) << "upright";
 
     const auto stars = [this](long long id)
     {
@@ -107,11 +123,12 @@ TEST_F(LibraryTest, ImportedPicturesHaveThumbnailsAndGivenStarsOutlastTheNextRea
     Until("told", [this] { return !m_told.details.empty(); });
     EXPECT_EQ(m_told.details.back().stars, 5);
     EXPECT_EQ(m_told.details.back().width, 500);
+    EXPECT_EQ(m_told.details.back().camera, "Nikon D40");
     EXPECT_TRUE(m_told.details.back().isThere);
     m_told.thumbnails.clear();
     m_library->WantThumbnails({wide});
     Until("found", [this] { return m_told.thumbnails.size() == 1; });
-    EXPECT_EQ(m_told.thumbnails[wide].front().size(), QSize(160, 320)) << "that of the changed file";
+    EXPECT_EQ(m_told.thumbnails[wide].front().size(), QSize(320, 160)) << "that of the changed file";
     EXPECT_EQ(m_told.failures, std::vector<std::string>());
 }
 
