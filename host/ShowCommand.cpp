@@ -71,7 +71,7 @@ void AddShowOptions(CLI::App& command, ShowOptions& options)
         ->type_name("FILE");
     command.add_flag("--trace", options.trace, "Print what the window's thread was busy with, at the end");
     command.add_flag("--trace-scroll", options.traceScroll, "Scroll through everything once, and quit");
-    command.add_flag("--trace-quit", options.traceQuit, "Quit when the first pictures are seen");
+    command.add_flag("--trace-quit", options.traceQuit, "Quit when the first pictures are seen, or FOLDER is imported");
 }
 
 void AddShowCommand(CLI::App& app)

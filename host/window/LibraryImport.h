@@ -70,7 +70,7 @@ private:
     // Imports are numbered from 1.
     std::uint64_t m_started = 0;                    // the main thread's own
     std::atomic<std::uint64_t> m_cancelledUpTo = 0; // this one and all before it
-    std::atomic<std::uint64_t> m_begun = 0; // this one was begun, or cancelled before that
+    std::atomic<std::uint64_t> m_begun = 0;         // this one was begun, or cancelled before that
     std::atomic<Clock::rep> m_cancelledAt = 0;      // since the clock's beginning
     std::atomic<std::uint64_t> m_number = 0;        // of the one that runs, or ran last; the writer sets it
     std::atomic<std::uint64_t> m_total = 0;         // its files; 0: not counted yet

@@ -510,7 +510,11 @@ void MainWindow::Import(const QString& folder)
 void MainWindow::ImportNext()
 {
     if (m_waiting.empty())
+    {
+        if (onImportsEnded)
+            onImportsEnded();
         return;
+    }
     const QString folder = std::exchange(m_waiting.front(), {});
     m_waiting.pop_front();
     m_library->StartImport(folder.toStdString());

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <memory>
 
 #include <QMainWindow>
@@ -38,6 +39,9 @@ public:
     void Open();
     // Imports a folder now, or after the one that is being imported.
     void Import(const QString& folder);
+
+    // Nothing is being imported any more, nor waits for it.
+    std::function<void()> onImportsEnded;
 
     [[nodiscard]] TimelineView& Timeline() noexcept { return *m_timeline; }
     // What the user chose last time.

@@ -118,7 +118,7 @@ void WatchPainting(TimelineView& view, Trace& trace, Scroller& scroller, const S
             return;
         if (options.traceScroll)
             QTimer::singleShot(0, &view, [&scroller] { scroller.Start(); });
-        else if (options.traceQuit)
+        else if (options.traceQuit && options.folder.empty())
             QCoreApplication::quit();
     };
 }
@@ -153,6 +153,8 @@ int Show(int argc, char** argv, const ShowOptions& options)
         trace->Watch();
         WatchPainting(window.Timeline(), *trace, scroller.emplace(window.Timeline(), *trace), options);
     }
+    if (options.traceQuit)
+        window.onImportsEnded = &QCoreApplication::quit;
     window.show();
     window.Open();
     if (!options.folder.empty())
