@@ -3,7 +3,11 @@
 
 #include <deque>
 #include <filesystem>
+#include <fstream>
 
+#include <unistd.h>
+
+#include <halyon/platform/BaseFunction.h>
 #include <halyon/platform/CFHolder.h>
 #include <halyon/tools/CHynPathHelper.h>
 #include <halyon/tools/CHynPubTools.h>
@@ -170,10 +174,51 @@ const Op kOthers[] = {
            return IsDone(CHynVersionHelper::GetVersion(u"1.2.3.4", version) == 1 && version.fourth == 4);),
 };
 
+// A user's own trash, on the file's volume.
+struct TrashWorld
+{
+    TrashWorld()
+    {
+        std::filesystem::remove_all(Top() / "Trash");
+        std::ofstream(file) << "kept";
+        EXPECT_EQ(FSPathMakeRef(file.c_str(), &ref, nullptr), noErr);
+    }
+
+    // Always the same: the C library keeps every value that a variable ever had.
+    static const std::filesystem::path& Top()
+    {
+        static const TempFolder s_folder;
+        static Environment s_environment;
+        s_environment.Set("XDG_DATA_HOME", s_folder.Path().c_str());
+        return s_folder.Path();
+    }
+
+    const std::string file = Top() / "file";
+    const std::string moved = Top() / "Trash/files/file";
+    const std::string record = Top() / "Trash/info/file.trashinfo";
+    FSRef ref = {};
+};
+
+const Operation<TrashWorld> kTrash[] = {
+    {"the trash",
+     [](TrashWorld& world)
+     {
+         const OSStatus status = FEMoveFilesToTrash(1, &world.ref);
+         const auto isThere = [](const std::string& path)
+         {
+             return access(path.c_str(), F_OK) == 0;
+         };
+         const bool isMoved = !isThere(world.file) && isThere(world.moved) && isThere(world.record);
+         const bool isLeft = isThere(world.file) && !isThere(world.moved) && !isThere(world.record);
+         return IsEither(status == noErr && isMoved, status == memFullErr && isLeft);
+     }},
+};
+
 TEST(ToolsMemory, AResultIsRightOrEmptyWithoutIt)
 {
     FailEachAllocation("paths", kPaths);
     FailEachAllocation("bundles", kBundles);
     FailEachAllocation("files and dates", kOthers);
+    FailEachAllocation("trash", kTrash);
 }
 } // namespace
