@@ -102,7 +102,7 @@ TEST(BiasedLock, KeepsThemApartWhereNoThreadFencesOthers)
     const auto goOn = []
     {
         DenyFences();
-        ExpectApart(30'000);
+        ExpectApart(3'000);
         return std::string(testing::Test::HasFailure() ? "failed" : "apart");
     };
     EXPECT_EQ(HalyonTest::InChild(goOn), "apart");
