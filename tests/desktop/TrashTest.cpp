@@ -24,10 +24,7 @@
 #include "tests/support/TempFolder.h"
 
 using namespace Halyon;
-using HalyonTest::ContentOf;
-using HalyonTest::Environment;
-using HalyonTest::OutputOf;
-using HalyonTest::TempFolder;
+using namespace HalyonTest;
 using Tools = CHynPubTools;
 namespace fs = std::filesystem;
 

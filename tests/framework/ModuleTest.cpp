@@ -16,8 +16,7 @@
 #include <validate/FrozenIdentifiers.h>
 
 using namespace ForeignHost;
-using HalyonTest::LiveAllocations;
-using HalyonTest::OutputOf;
+using namespace HalyonTest;
 
 namespace
 {

@@ -12,8 +12,7 @@
 
 using Halyon::CHynAutoLock;
 using Halyon::CHynLock;
-using HalyonTest::Sleepers;
-using HalyonTest::UntilAsleep;
+using namespace HalyonTest;
 
 namespace
 {

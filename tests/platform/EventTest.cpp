@@ -18,8 +18,7 @@
 
 #include <sched.h>
 
-using HalyonTest::OnThreads;
-using HalyonTest::Sleepers;
+using namespace HalyonTest;
 
 namespace
 {

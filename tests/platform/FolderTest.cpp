@@ -23,10 +23,7 @@
 #include <tests/support/Text.h>
 
 using namespace Halyon;
-using HalyonTest::BecomeNobody;
-using HalyonTest::EnterOwnMounts;
-using HalyonTest::InChild;
-using HalyonTest::TempFolder;
+using namespace HalyonTest;
 namespace fs = std::filesystem;
 
 namespace

@@ -14,8 +14,7 @@
 #include <tests/support/TempFolder.h>
 #include <tests/support/Text.h>
 
-using HalyonTest::TempFolder;
-using HalyonTest::U8;
+using namespace HalyonTest;
 namespace fs = std::filesystem;
 
 namespace

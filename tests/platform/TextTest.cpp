@@ -14,8 +14,7 @@
 #include "tests/platform/PageEnd.h"
 #include "tests/support/Text.h"
 
-using HalyonTest::PageEnd;
-using HalyonTest::U8;
+using namespace HalyonTest;
 
 namespace
 {

@@ -15,11 +15,7 @@
 #include <tests/support/TempFolder.h>
 #include <tests/support/Text.h>
 
-using HalyonTest::EnterOwnMounts;
-using HalyonTest::InChild;
-using HalyonTest::MayHaveOwnMounts;
-using HalyonTest::TempFolder;
-using HalyonTest::U8;
+using namespace HalyonTest;
 namespace fs = std::filesystem;
 
 namespace

@@ -6,9 +6,7 @@
 
 #include <sys/stat.h>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 
 namespace
 {

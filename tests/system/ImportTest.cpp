@@ -9,10 +9,7 @@
 
 #include <tests/support/Command.h>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::HostProcess;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 
 namespace
 {

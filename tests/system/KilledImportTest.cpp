@@ -11,10 +11,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::HostProcess;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 
 namespace
 {

@@ -6,9 +6,7 @@
 #include <host/DisplayWidth.h>
 #include <host/TextTable.h>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 using HynHost::TextTable;
 
 namespace

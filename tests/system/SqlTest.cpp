@@ -9,9 +9,7 @@
 
 #include <host/SqlScript.h>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 
 namespace
 {

@@ -1,9 +1,7 @@
 // Storage layers that the host loads, and names of databases that only the engine can read.
 #include <tests/system/HostTest.h>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 
 namespace
 {

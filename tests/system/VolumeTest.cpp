@@ -3,9 +3,7 @@
 
 #include <cstdlib>
 
-using HalyonTest::Fails;
-using HalyonTest::HostOutcome;
-using HalyonTest::Shows;
+using namespace HalyonTest;
 
 namespace
 {

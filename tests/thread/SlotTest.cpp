@@ -14,9 +14,7 @@
 #include <validate/Frozen.h>
 
 using Frozen::FromText;
-using HalyonTest::MakeHandler;
-using HalyonTest::Param;
-using HalyonTest::SlotOf;
+using namespace HalyonTest;
 
 namespace Halyon
 {

@@ -17,9 +17,7 @@
 #include "tests/support/Text.h"
 
 using namespace Halyon;
-using HalyonTest::Environment;
-using HalyonTest::TempFolder;
-using HalyonTest::U8;
+using namespace HalyonTest;
 using Tools = CHynPubTools;
 namespace fs = std::filesystem;
 

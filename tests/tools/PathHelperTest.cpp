@@ -16,9 +16,7 @@
 
 using Halyon::CHynPathHelper;
 using Halyon::ExpandTildePath;
-using HalyonTest::InChild;
-using HalyonTest::TempFolder;
-using HalyonTest::U8;
+using namespace HalyonTest;
 namespace fs = std::filesystem;
 
 TEST(PathHelper, StringsChangeAloneAndEmptyOnesStayEmpty)

@@ -11,8 +11,7 @@
 
 #include "tests/support/Command.h"
 
-using HalyonTest::ContentOf;
-using HalyonTest::Ended;
+using namespace HalyonTest;
 
 namespace
 {
