@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <halyon/platform/TovPCMac.h>
+#include <host/window/SharedCatalog.h>
 
 namespace HynHost
 {

@@ -7,7 +7,6 @@
 
 #include <halyon/platform/TovMutex.h>
 #include <host/FunctionWorker.h>
-#include <host/window/SharedCatalog.h>
 
 namespace HynHost
 {
@@ -17,8 +16,8 @@ public:
     // May throw Stopped before it has changed anything, and is called again later then; nothing else.
     using Edit = std::function<void()>;
 
-    // Both outlive the queue.
-    EditQueue(SharedCatalog& catalog, FunctionWorker& writer) : m_catalog(catalog), m_writer(writer) {}
+    // `writer` outlives the queue.
+    explicit EditQueue(FunctionWorker& writer) : m_writer(writer) {}
 
     // [any]
     void Post(Edit edit);
@@ -31,7 +30,6 @@ private:
     void DoAll();
     [[nodiscard]] Edit First();
 
-    SharedCatalog& m_catalog;
     FunctionWorker& m_writer;
     Halyon::TovMutex m_mutex;
     std::deque<Edit> m_edits HYN_GUARDED_BY(m_mutex);

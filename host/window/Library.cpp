@@ -13,7 +13,7 @@ namespace HynHost
 Library::Parts::Parts(Halyon::CHynThreadManager& manager, std::string file, LibraryListener& listener)
     : m_listener(listener), m_catalog(std::move(file)), m_main(manager),
       m_trash(m_catalog, [this](const std::string& message) { Fail(message); }),
-      m_writer(manager, "writer", [this] { EndWriter(); }), m_edits(m_catalog, m_writer), m_reader(manager, "reader"),
+      m_writer(manager, "writer", [this] { EndWriter(); }), m_edits(m_writer), m_reader(manager, "reader"),
       m_thumbnails(manager, m_catalog, ThumbnailResults()), m_import(manager, m_catalog, m_writer, ImportResults())
 {
     PreparePictureReading();
