@@ -11,7 +11,7 @@ MediaIndex::MediaIndex(std::vector<MediaItem> items) : m_items(std::move(items))
     for (std::size_t place = 0; place < m_items.size(); ++place)
     {
         const MediaItem& item = m_items[place];
-        m_places.emplace(item.id, place);
+        m_places.emplace_back(item.id, static_cast<std::uint32_t>(place));
         if (m_days.empty() || m_days.back().day != item.day)
             m_days.push_back({item.day, place, 0});
         ++m_days.back().count;
@@ -20,12 +20,13 @@ MediaIndex::MediaIndex(std::vector<MediaItem> items) : m_items(std::move(items))
             m_months.push_back({month, 0});
         ++m_months.back().count;
     }
+    std::ranges::sort(m_places);
 }
 
 std::size_t MediaIndex::PlaceOf(long long id) const
 {
-    const auto at = m_places.find(id);
-    return at == m_places.end() ? m_items.size() : at->second;
+    const auto at = std::ranges::lower_bound(m_places, id, {}, &decltype(m_places)::value_type::first);
+    return at == m_places.end() || at->first != id ? m_items.size() : at->second;
 }
 
 std::size_t MediaIndex::DayAtOrBefore(std::uint32_t day) const

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <host/MediaKind.h>
@@ -81,6 +81,6 @@ private:
     std::vector<MediaItem> m_items;
     std::vector<MediaDay> m_days;
     std::vector<MediaMonth> m_months;
-    std::unordered_map<long long, std::size_t> m_places;
+    std::vector<std::pair<long long, std::uint32_t>> m_places; // by id; goes at once, on the main thread
 };
 } // namespace HynHost
