@@ -100,7 +100,7 @@ QImage ThumbnailFinder::Make(long long id, const StoredThumbnail& stored, FileBy
 {
     if (file.Open(stored.path) != 0)
         return {};
-    const QImage image = MakeThumbnail(file.Bytes());
+    QImage image = MakeThumbnail(file.Bytes());
     if (!file.Failed())
         m_results.store({id, PackThumbnail(image)});
     return image;
