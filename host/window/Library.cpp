@@ -131,7 +131,12 @@ void Library::Parts::Find()
     {
         FoundMedia found = m_catalog.Read("cannot search the catalogue",
                                           [&](Database& database) { return FindMedia(database, query); });
-        m_main.Post([this, found = std::move(found)] { m_listener.OnIndex(found.index, found.all); });
+        m_main.Post(
+            [this, query, found = std::move(found)]
+            {
+                if (IsWanted(query))
+                    m_listener.OnIndex(found.index, found.all);
+            });
     }
     catch (const Stopped&)
     {
@@ -140,6 +145,13 @@ void Library::Parts::Find()
     {
         Break(failure.what());
     }
+}
+
+// Another one that was asked for meanwhile is on its way.
+bool Library::Parts::IsWanted(const MediaQuery& query)
+{
+    const Halyon::TovMutexLock lock(m_mutex);
+    return query == m_query;
 }
 
 void Library::Parts::WantDetails(long long id)

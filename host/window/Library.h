@@ -93,7 +93,7 @@ public:
 
     void Open();
 
-    // Replaces the search. Of several that wait, only the last is done.
+    // Replaces the search. Of several that wait, only the last is done; what others find is no longer told.
     void Search(const MediaQuery& query);
 
     // Replaces what is wanted, the most urgent first; what was wanted before and is not on its way is forgotten.

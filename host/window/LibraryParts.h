@@ -46,6 +46,7 @@ private:
     void Break(const std::string& message);
     void Refresh();
     void Find();
+    [[nodiscard]] bool IsWanted(const MediaQuery& query);
     void FindDetails(long long id);
     void StoreLater(MadeThumbnail made);
     void StoreMade();

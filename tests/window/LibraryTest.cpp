@@ -53,7 +53,7 @@ TEST_F(LibraryTest, SearchNarrowsByNameSortDayAndStars)
     ASSERT_EQ(items.size(), 37u);
     EXPECT_TRUE(std::ranges::is_sorted(items, std::ranges::greater(), &MediaItem::day));
     EXPECT_EQ(NameOf(items.front().id), "new year.jpg\n");
-    m_library->Rate({IdOf("dunes.jpg"), IdOf("fado.mp3")}, 4);
+    UntilIndexAfter([this] { m_library->Rate({IdOf("dunes.jpg"), IdOf("fado.mp3")}, 4); });
 
     struct Case
     {
