@@ -21,8 +21,8 @@ constexpr const char16_t* kTables[] = {
 
 // A medium out of the catalogue: ?1 its number from now on, ?2 its id.
 constexpr const char16_t* kTake[] = {
-    u"INSERT INTO taken SELECT ?1, volume, path, file.id, name, size, mtime_ns, inode, kind, taken, width, height,"
-    u" rating, problem, given FROM file JOIN folder ON folder.id = file.folder WHERE file.id = ?2",
+    (u"INSERT INTO taken SELECT ?1, volume, path, file.id, name, size, mtime_ns, inode, kind, taken, width, height,"
+     u" rating, problem, given FROM file JOIN folder ON folder.id = file.folder WHERE file.id = ?2"),
     u"INSERT INTO taken_thumbnail SELECT ?1, size, mtime_ns, inode, image FROM thumbnail WHERE file = ?2",
     u"DELETE FROM file WHERE id = ?2 AND ?1",
 };
@@ -98,7 +98,7 @@ std::size_t LibraryTrash::Take(const std::vector<long long>& ids)
     Level level;
     try
     {
-        m_catalog.Read(kAction, [this](Database& database) { MakeTables(database); });
+        m_catalog.Read(kAction, [](Database& database) { MakeTables(database); });
         m_catalog.Write(kAction,
                         [&](Database& database)
                         {

@@ -56,11 +56,11 @@ try
     const nlohmann::json texts = nlohmann::json::parse(file.readAll().toStdString());
     for (const auto& [key, text] : texts.items())
     {
-        const auto form = [&text](const char* name)
+        const auto form = [](const nlohmann::json& forms, const char* name)
         {
-            return QString::fromStdString(text.is_object() ? text.at(name) : text);
+            return QString::fromStdString(forms.is_object() ? forms.at(name) : forms);
         };
-        m_forms[key] = {form("one"), form("other")};
+        m_forms[key] = {form(text, "one"), form(text, "other")};
     }
 }
 catch (const nlohmann::json::exception& error)
