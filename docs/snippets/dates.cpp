@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 #include <halyon/client/HynSQ.h>
 #include <halyon/database/IHynSQCommand.h>
@@ -111,6 +112,7 @@ void Failures()
 } // namespace
 
 int main(int argc, char** argv)
+try
 {
     const Client::Module module(argc > 1 ? argv[1] : "HynSQ.so");
     const Client::Connection connection(module, ":memory:");
@@ -133,4 +135,9 @@ int main(int argc, char** argv)
     CHynPubTools::ConvertToFileTimeDW(&midnight, 20181104);
     Print("4 November 2018 begins", midnight);
     Failures();
+}
+catch (const std::exception& error)
+{
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
 }
