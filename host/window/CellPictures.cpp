@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <QPainter>
 
@@ -20,27 +21,33 @@ QImage Square(const QImage& image, int pixels)
 }
 } // namespace
 
-void CellPictures::Put(long long id, const QImage& image, int side, qreal pixelRatio)
+QImage DrawCell(const QImage& thumbnail, int side, qreal pixelRatio)
 {
     const int pixels = qRound(side * pixelRatio);
-    if (image.isNull() || pixels <= 0)
+    if (thumbnail.isNull() || pixels <= 0)
+        return {};
+    QImage cell(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    cell.fill(Qt::transparent);
+    QPainter painter(&cell);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QBrush(Square(thumbnail, pixels)));
+    painter.drawRoundedRect(cell.rect(), kCorner * pixelRatio, kCorner * pixelRatio);
+    return cell;
+}
+
+void CellPictures::Put(long long id, QImage cell, qreal pixelRatio)
+{
+    if (cell.isNull())
     {
         m_missing.insert(id);
         return;
     }
-    QImage cell(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
-    cell.fill(Qt::transparent);
-    {
-        QPainter painter(&cell);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(QBrush(Square(image, pixels)));
-        painter.drawRoundedRect(cell.rect(), kCorner * pixelRatio, kCorner * pixelRatio);
-    }
+    const auto bytes = static_cast<int>(cell.sizeInBytes());
     auto pixmap = std::make_unique<QPixmap>(QPixmap::fromImage(std::move(cell)));
     pixmap->setDevicePixelRatio(pixelRatio);
     m_missing.remove(id);
-    m_pixmaps.insert(id, pixmap.release(), pixels * pixels * 4);
+    m_pixmaps.insert(id, pixmap.release(), bytes);
 }
 
 bool CellPictures::IsSettled(long long id, int side, qreal pixelRatio) const

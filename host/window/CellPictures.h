@@ -10,6 +10,9 @@
 
 namespace HynHost
 {
+// The middle of a thumbnail, as large as a cell of `side`, on a screen with so many pixels for one. [any]
+[[nodiscard]] QImage DrawCell(const QImage& thumbnail, int side, qreal pixelRatio);
+
 class CellPictures
 {
 public:
@@ -19,8 +22,8 @@ public:
 
     // [main], all of them.
 
-    // A null image: the item has none.
-    void Put(long long id, const QImage& image, int side, qreal pixelRatio);
+    // A cell as DrawCell makes it; null: the item has no picture.
+    void Put(long long id, QImage cell, qreal pixelRatio);
 
     // Null when it is not here. Until the next Put.
     [[nodiscard]] const QPixmap* Find(long long id) const { return m_pixmaps.object(id); }

@@ -32,8 +32,8 @@ void Library::Parts::EndWriter() noexcept
 ThumbnailFinder::Results Library::Parts::ThumbnailResults()
 {
     return {
-        [this](long long id, const QImage& image)
-        { m_main.Post([this, id, image] { m_listener.OnThumbnail(id, image); }); },
+        [this](long long id, const QImage& image, const QImage& shaped)
+        { m_main.Post([this, id, image, shaped] { m_listener.OnThumbnail(id, image, shaped); }); },
         [this](MadeThumbnail made) { StoreLater(std::move(made)); },
         [this](const std::string& message) { Fail(message); },
     };
@@ -331,9 +331,9 @@ void Library::Search(const MediaQuery& query)
     m_parts->Search(query);
 }
 
-void Library::WantThumbnails(std::vector<long long> ids)
+void Library::WantThumbnails(std::vector<long long> ids, ThumbnailShape shape)
 {
-    m_parts->WantThumbnails(std::move(ids));
+    m_parts->WantThumbnails(std::move(ids), std::move(shape));
 }
 
 void Library::WantDetails(long long id)

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -48,6 +49,9 @@ struct ImportState
     std::string folder;
 };
 
+// Makes of a thumbnail what a window draws, so that its own thread need not. [any]
+using ThumbnailShape = std::function<QImage(const QImage& image)>;
+
 // Messages are ready to be shown, in English, and name the action, the object and the reason.
 class LibraryListener
 {
@@ -60,8 +64,8 @@ public:
     virtual void OnBroken(const std::string& message) = 0;
     // What the last search finds; again after everything that changes it. `all` counts the whole catalogue. [main]
     virtual void OnIndex(std::shared_ptr<const MediaIndex> index, std::size_t all) = 0;
-    // A null image: there is none for this item. [main]
-    virtual void OnThumbnail(long long id, const QImage& image) = 0;
+    // A null image: there is none for this item. `shaped` is what was made of it, or null. [main]
+    virtual void OnThumbnail(long long id, const QImage& image, const QImage& shaped) = 0;
     // [main]
     virtual void OnDetails(const MediaDetails& details) = 0;
     // What could not be done (rate, trash, undo). [main]
@@ -97,8 +101,8 @@ public:
     void Search(const MediaQuery& query);
 
     // Replaces what is wanted, the most urgent first; what was wanted before and is not on its way is forgotten.
-    // Thumbnails that the catalogue does not hold are made and stored.
-    void WantThumbnails(std::vector<long long> ids);
+    // Thumbnails that the catalogue does not hold are made and stored. `shape` is called for each on the workers.
+    void WantThumbnails(std::vector<long long> ids, ThumbnailShape shape = {});
 
     // Replaces what is wanted.
     void WantDetails(long long id);

@@ -29,7 +29,10 @@ public:
 
     void Open();
     void Search(const MediaQuery& query);
-    void WantThumbnails(std::vector<long long> ids) { m_thumbnails.Want(std::move(ids)); }
+    void WantThumbnails(std::vector<long long> ids, ThumbnailShape shape)
+    {
+        m_thumbnails.Want(std::move(ids), std::move(shape));
+    }
     void WantDetails(long long id);
     void Rate(std::vector<long long> ids, int stars);
     void MoveToTrash(std::vector<long long> ids);

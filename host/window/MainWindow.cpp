@@ -345,12 +345,12 @@ void MainWindow::WantThumbnails(std::vector<long long> ids)
         std::erase(ids, m_detailsOf);
         ids.insert(ids.begin(), m_detailsOf);
     }
-    m_library->WantThumbnails(std::move(ids));
+    m_library->WantThumbnails(std::move(ids), m_timeline->CellShape());
 }
 
-void MainWindow::OnThumbnail(long long id, const QImage& image)
+void MainWindow::OnThumbnail(long long id, const QImage& image, const QImage& shaped)
 {
-    m_timeline->SetThumbnail(id, image);
+    m_timeline->SetCell(id, shaped);
     if (id == m_detailsOf)
         m_details->SetThumbnail(id, image);
 }

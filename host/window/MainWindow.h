@@ -58,7 +58,7 @@ private:
     void OnOpened(bool exists) override;
     void OnBroken(const std::string& message) override;
     void OnIndex(std::shared_ptr<const MediaIndex> index, std::size_t all) override;
-    void OnThumbnail(long long id, const QImage& image) override;
+    void OnThumbnail(long long id, const QImage& image, const QImage& shaped) override;
     void OnDetails(const MediaDetails& details) override;
     void OnFailure(const std::string& message) override;
     void OnTrashed(std::size_t count) override;

@@ -26,12 +26,13 @@ void ThumbnailFinder::Stop()
         worker->Stop();
 }
 
-void ThumbnailFinder::Want(std::vector<long long> ids)
+void ThumbnailFinder::Want(std::vector<long long> ids, Shape shape)
 {
     std::ranges::reverse(ids);
     {
         const Halyon::TovMutexLock lock(m_mutex);
         m_wanted = std::move(ids);
+        m_shape = std::move(shape);
         if (m_wanted.empty())
             return;
     }
@@ -43,11 +44,12 @@ void ThumbnailFinder::Want(std::vector<long long> ids)
 void ThumbnailFinder::Seek()
 {
     FileBytes file;
+    Shape shape;
     try
     {
-        while (const auto id = Next())
+        while (const auto id = Next(shape))
         {
-            Find(*id, file);
+            Find(*id, shape, file);
             const Halyon::TovMutexLock lock(m_mutex);
             std::erase(m_underway, *id);
         }
@@ -67,7 +69,7 @@ void ThumbnailFinder::Seek()
     }
 }
 
-std::optional<long long> ThumbnailFinder::Next()
+std::optional<long long> ThumbnailFinder::Next(Shape& shape)
 {
     const Halyon::TovMutexLock lock(m_mutex);
     while (!m_wanted.empty() && m_catalog.IsOpen() && !m_catalog.IsStopped())
@@ -77,12 +79,13 @@ std::optional<long long> ThumbnailFinder::Next()
         if (std::ranges::find(m_underway, id) != m_underway.end())
             continue;
         m_underway.push_back(id);
+        shape = m_shape;
         return id;
     }
     return std::nullopt;
 }
 
-void ThumbnailFinder::Find(long long id, FileBytes& file)
+void ThumbnailFinder::Find(long long id, const Shape& shape, FileBytes& file)
 {
     const auto places = m_catalog.Places();
     const auto stored = m_catalog.Read("cannot read a thumbnail in",
@@ -92,7 +95,7 @@ void ThumbnailFinder::Find(long long id, FileBytes& file)
         image = UnpackThumbnail(stored->image);
     else if (stored && IsPicture(stored->kind))
         image = Make(id, *stored, file);
-    m_results.onFound(id, image);
+    m_results.onFound(id, image, shape && !image.isNull() ? shape(image) : QImage());
 }
 
 // A file that cannot be had now may be there later, so nothing is stored of it.

@@ -26,8 +26,8 @@ public:
     // What comes of it, on the workers.
     struct Results
     {
-        std::function<void(long long id, const QImage& image)> onFound; // null: there is none
-        std::function<void(MadeThumbnail made)> store;                  // the catalogue did not hold it
+        std::function<void(long long id, const QImage& image, const QImage& shaped)> onFound; // null: there is none
+        std::function<void(MadeThumbnail made)> store; // the catalogue did not hold it
         std::function<void(const std::string& message)> onFailure;
     };
 
@@ -37,19 +37,23 @@ public:
     // Waits for the thumbnails that are on their way. Requires: the catalogue is stopped. [any other]
     void Stop();
 
+    // What is made of each image on the workers; it may be none.
+    using Shape = std::function<QImage(const QImage& image)>;
+
     // Replaces what is wanted, the most urgent first. [any]
-    void Want(std::vector<long long> ids);
+    void Want(std::vector<long long> ids, Shape shape);
 
 private:
     void Seek();
-    [[nodiscard]] std::optional<long long> Next();
-    void Find(long long id, FileBytes& file);
+    [[nodiscard]] std::optional<long long> Next(Shape& shape);
+    void Find(long long id, const Shape& shape, FileBytes& file);
     [[nodiscard]] QImage Make(long long id, const StoredThumbnail& stored, FileBytes& file);
 
     SharedCatalog& m_catalog;
     const Results m_results;
     Halyon::TovMutex m_mutex;
-    std::vector<long long> m_wanted HYN_GUARDED_BY(m_mutex);   // the most urgent last
+    std::vector<long long> m_wanted HYN_GUARDED_BY(m_mutex); // the most urgent last
+    Shape m_shape HYN_GUARDED_BY(m_mutex);
     std::vector<long long> m_underway HYN_GUARDED_BY(m_mutex); // one a worker at most
     std::vector<std::unique_ptr<FunctionWorker>> m_workers;    // they go first
 };

@@ -274,9 +274,17 @@ void TimelineView::AskSoon()
         m_tick.start(kFrame);
 }
 
-void TimelineView::SetThumbnail(long long id, const QImage& image)
+std::function<QImage(const QImage& thumbnail)> TimelineView::CellShape() const
 {
-    m_arrived.emplace_back(id, image);
+    return [side = m_layout.Side(), ratio = devicePixelRatioF()](const QImage& thumbnail)
+    {
+        return DrawCell(thumbnail, side, ratio);
+    };
+}
+
+void TimelineView::SetCell(long long id, const QImage& cell)
+{
+    m_arrived.emplace_back(id, cell);
     AskSoon();
 }
 
@@ -288,8 +296,8 @@ void TimelineView::Tick()
     std::size_t drawn = 0;
     for (; drawn < m_arrived.size() && timer.elapsed() < kDrawingMs; ++drawn)
     {
-        const auto& [id, image] = m_arrived[drawn];
-        m_pictures.Put(id, image, m_layout.Side(), devicePixelRatioF());
+        const auto& [id, cell] = m_arrived[drawn];
+        m_pictures.Put(id, cell, devicePixelRatioF());
         if (const std::size_t place = Index().PlaceOf(id); place < Index().Items().size())
             viewport()->update(m_layout.CellOf(place).translated(0, -verticalOffset()));
     }

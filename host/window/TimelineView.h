@@ -44,7 +44,10 @@ public:
     // Looks anew at what is wanted, with the next frame.
     void AskSoon();
     // A null image: the item has none.
-    void SetThumbnail(long long id, const QImage& image);
+    // A cell as CellShape makes it; null: the item has no picture.
+    void SetCell(long long id, const QImage& cell);
+    // How thumbnails become cells of the present size; what it returns may be called on any thread.
+    [[nodiscard]] std::function<QImage(const QImage& thumbnail)> CellShape() const;
 
     [[nodiscard]] std::vector<long long> SelectedIds() const;
     [[nodiscard]] long long CurrentId() const; // 0: none

@@ -27,7 +27,10 @@ public:
         all = count;
         ++indexes;
     }
-    void OnThumbnail(long long id, const QImage& image) override { thumbnails[id].push_back(image); }
+    void OnThumbnail(long long id, const QImage& image, const QImage& /*shaped*/) override
+    {
+        thumbnails[id].push_back(image);
+    }
     void OnDetails(const HynHost::MediaDetails& found) override { details.push_back(found); }
     void OnFailure(const std::string& message) override { failures.push_back(message); }
     void OnTrashed(std::size_t count) override { trashed.push_back(count); }

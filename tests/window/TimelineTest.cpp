@@ -86,7 +86,7 @@ TEST_F(TimelineTest, AsksOnlyForWhatIsInSightAndOneScreenAhead)
     EXPECT_TRUE(
         m_view.viewport()->rect().intersects(m_view.visualRect(m_view.model()->index(static_cast<int>(place), 0))));
     for (const long long id : std::vector<long long>(m_wanted))
-        m_view.SetThumbnail(id, QImage());
+        m_view.SetCell(id, QImage());
     m_wanted = {1};
     Until("content", [this] { return m_wanted.empty(); });
 }
