@@ -9,7 +9,6 @@
 #include <QPushButton>
 
 #include <host/window/Style.h>
-#include <host/window/WideText.h>
 
 namespace HynHost
 {
@@ -53,11 +52,10 @@ ImportBar::ImportBar(const Texts& texts, QWidget* parent)
     hide();
 }
 
-void ImportBar::SetState(const ImportState& state)
+void ImportBar::SetState(const QString& folder, const ImportState& state)
 {
-    const QString folder = QDir(FromText(state.folder)).dirName();
-    m_title->setText(
-        m_texts("import.title", {{QLatin1String("folder"), folder.isEmpty() ? FromText(state.folder) : folder}}));
+    const QString name = QDir(folder).dirName();
+    m_title->setText(m_texts("import.title", {{QLatin1String("folder"), name.isEmpty() ? folder : name}}));
     if (state.total == 0)
     {
         m_progress->setRange(0, 0); // moves without an end

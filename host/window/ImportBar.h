@@ -20,8 +20,8 @@ public:
     // `texts` outlives the bar.
     explicit ImportBar(const Texts& texts, QWidget* parent = nullptr);
 
-    // Shows itself. [main]
-    void SetState(const ImportState& state);
+    // Shows itself. `folder` is the one that is imported; the state's may lie below it. [main]
+    void SetState(const QString& folder, const ImportState& state);
 
     std::function<void()> onCancel;
 

@@ -517,6 +517,7 @@ void MainWindow::ImportNext()
     }
     const QString folder = std::exchange(m_waiting.front(), {});
     m_waiting.pop_front();
+    m_importing = folder;
     m_library->StartImport(folder.toStdString());
 }
 
@@ -533,7 +534,7 @@ void MainWindow::OnImportRefused(const std::string& folder, const std::string& r
 
 void MainWindow::OnImportProgress(const ImportState& state)
 {
-    m_import->SetState(state);
+    m_import->SetState(m_importing, state);
 }
 
 void MainWindow::OnImportEnded(const ImportReport& report, const std::string& failure)

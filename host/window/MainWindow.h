@@ -107,6 +107,7 @@ private:
     QString m_broken;        // why the catalogue cannot be used
     std::size_t m_all = 0;
     std::deque<QString> m_waiting; // folders to import
+    QString m_importing;           // the one that is being imported
     long long m_detailsOf = 0;     // the item whose details were asked for
     std::function<void(const std::string&)> m_withPath;
 

@@ -50,8 +50,12 @@ TimelineView::~TimelineView()
 void TimelineView::SetIndex(std::shared_ptr<const MediaIndex> index, Keep keep)
 {
     const Anchor anchor = AnchorIn(*index, keep);
-    const std::vector<long long> selected = SelectedIds();
-    const long long current = CurrentId();
+    std::vector<long long> selected = SelectedIds();
+    const long long current = keep == Keep::Place ? SurvivorIn(*index) : CurrentId();
+    const bool hadSelection = !selected.empty();
+    std::erase_if(selected, [&](long long id) { return index->PlaceOf(id) == index->Items().size(); });
+    if (hadSelection && selected.empty())
+        selected.push_back(current);
     m_restoring = true;
     m_pictures.ForgetMissing();
     m_hovered = static_cast<std::size_t>(-1);
@@ -69,10 +73,13 @@ void TimelineView::SetIndex(std::shared_ptr<const MediaIndex> index, Keep keep)
         onScrolled();
 }
 
-// Whoever looks at the very top sees what comes there.
+// What is selected is what the user looks at. Whoever looks at the very top sees what comes there.
 TimelineView::Anchor TimelineView::TopAnchor() const
 {
-    if (verticalOffset() == 0 && !selectionModel()->hasSelection())
+    const QRect selected = selectionModel()->isSelected(currentIndex()) ? visualRect(currentIndex()) : QRect();
+    if (selected.intersects(viewport()->rect()))
+        return {CurrentId(), selected.top()};
+    if (verticalOffset() == 0)
         return {};
     const auto [first, last] = InSight();
     for (std::size_t place = first; place < last; ++place)
@@ -82,6 +89,23 @@ TimelineView::Anchor TimelineView::TopAnchor() const
             return {Index().Items()[place].id, below};
     }
     return {};
+}
+
+// The current item, or the one next to it when it is gone; 0 when there is none.
+long long TimelineView::SurvivorIn(const MediaIndex& index) const
+{
+    if (!currentIndex().isValid())
+        return 0;
+    const std::vector<MediaItem>& items = Index().Items();
+    const auto isThere = [&index](const MediaItem& item)
+    {
+        return index.PlaceOf(item.id) != index.Items().size();
+    };
+    const auto current = items.begin() + currentIndex().row();
+    if (const auto next = std::find_if(current, items.end(), isThere); next != items.end())
+        return next->id;
+    const auto former = std::find_if(std::make_reverse_iterator(current), items.rend(), isThere);
+    return former == items.rend() ? 0 : former->id;
 }
 
 // The item at the top, or the next one that is among what is new.

@@ -111,6 +111,7 @@ private:
     [[nodiscard]] std::size_t PlaceOf(const QModelIndex& index) const;
     [[nodiscard]] TimelineLayout::Range InSight() const;
     [[nodiscard]] Anchor TopAnchor() const;
+    [[nodiscard]] long long SurvivorIn(const MediaIndex& index) const;
     [[nodiscard]] Anchor AnchorIn(const MediaIndex& index, Keep keep) const;
     void Restore(const Anchor& anchor);
     void Select(const std::vector<long long>& ids, long long current);

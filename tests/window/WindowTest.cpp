@@ -135,8 +135,10 @@ TEST_F(WindowTest, DeleteMovesToTheTrashAndUndoBringsBack)
     Click(Row(5));
     QTest::keyClick(&Timeline(), Qt::Key_Left, Qt::ShiftModifier);
     ASSERT_EQ(Timeline().SelectedIds().size(), 2U);
+    const long long next = Timeline().Index().Items()[6].id;
     Press(Qt::Key_Delete);
     UntilItems(kSamples - 2);
+    EXPECT_EQ(Timeline().SelectedIds(), std::vector{next});
     Until("said", [this] { return !Message().empty(); });
     EXPECT_EQ(Message(), "2 items moved to the trash");
     const auto files = [this]
