@@ -42,7 +42,7 @@ QCalendarWidget* MakeCalendar(const QLocale& locale, QWidget* parent)
          {std::pair("qt_calendar_prevmonth", Symbol::Back), std::pair("qt_calendar_nextmonth", Symbol::Forth)})
     {
         if (auto* button = calendar->findChild<QToolButton*>(QString::fromLatin1(name)))
-            button->setIcon(SymbolIcon(symbol, colours.text));
+            button->setIcon(SymbolIcon(symbol, &Colours::text));
     }
     return calendar;
 }
@@ -52,7 +52,7 @@ DayButton::DayButton(const Texts& texts, const QString& name, QWidget* parent)
     : QToolButton(parent), m_texts(texts), m_name(name)
 {
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    setIcon(SymbolIcon(Symbol::Calendar, TheColours().weak));
+    setIcon(SymbolIcon(Symbol::Calendar, &Colours::weak));
     SetDay(0);
     QObject::connect(this, &QToolButton::clicked, this, [this] { ShowCalendar(); });
 }

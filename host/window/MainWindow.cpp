@@ -27,7 +27,7 @@ namespace HynHost
 namespace
 {
 constexpr QSize kFirstSize(1180, 800);
-constexpr QSize kLeastSize(520, 400);
+constexpr QSize kLeastSize(640, 400);
 constexpr int kWidthForDetails = 900;
 constexpr double kZoomStep = 1.2;
 
@@ -115,14 +115,11 @@ void MainWindow::Build()
     m_pages->addWidget(pictures);
     m_pages->addWidget(m_empty);
 
-    auto* messageRoom = new QVBoxLayout;
-    messageRoom->setContentsMargins(3 * kGrid, 0, 3 * kGrid, 0);
-    messageRoom->addWidget(m_message);
     auto* column = new QVBoxLayout(whole);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_search);
-    column->addLayout(messageRoom);
+    column->addWidget(m_message);
     column->addWidget(m_pages, 1);
     column->addWidget(m_import);
     setCentralWidget(whole);
@@ -245,8 +242,8 @@ void MainWindow::SetAppearance(Appearance appearance)
         if (of == appearance)
             m_settings.setValue(QStringLiteral("appearance"), QString::fromLatin1(name));
     }
-    m_message->Tell(m_texts("appearance.later"));
     m_appearance = appearance;
+    ApplyStyle(*qApp, appearance);
 }
 
 void MainWindow::ZoomBy(double factor)

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -21,11 +22,15 @@ constexpr int kSymbol = 20;
 } // namespace
 
 MessageBar::MessageBar(const Texts& texts, QWidget* parent)
-    : QFrame(parent), m_symbol(new QLabel(this)), m_text(new QLabel(this)), m_action(new QPushButton(this)),
-      m_close(new QToolButton(this))
+    : QWidget(parent), m_frame(new QFrame(this)), m_symbol(new QLabel(m_frame)), m_text(new QLabel(m_frame)),
+      m_action(new QPushButton(m_frame)), m_close(new QToolButton(m_frame))
 {
-    setObjectName(QStringLiteral("messageBar"));
-    auto* row = new QHBoxLayout(this);
+    setObjectName(QStringLiteral("messages"));
+    m_frame->setObjectName(QStringLiteral("messageBar"));
+    auto* room = new QVBoxLayout(this);
+    room->setContentsMargins(3 * kGrid, 2 * kGrid, 3 * kGrid, kGrid);
+    room->addWidget(m_frame);
+    auto* row = new QHBoxLayout(m_frame);
     row->setContentsMargins(2 * kGrid, kGrid, kGrid, kGrid);
     row->setSpacing(kGrid);
     m_text->setWordWrap(true);
@@ -71,14 +76,13 @@ void MessageBar::TellProblem(const QString& text)
 
 void MessageBar::Say(const QString& text, bool problem)
 {
-    const Colours& colours = TheColours();
-    setProperty("problem", problem);
-    style()->unpolish(this); // the sheet looks at the property again
-    style()->polish(this);
+    m_frame->setProperty("problem", problem);
+    m_frame->style()->unpolish(m_frame); // the sheet looks at the property again
+    m_frame->style()->polish(m_frame);
     m_symbol->setPixmap(
-        SymbolIcon(problem ? Symbol::Warning : Symbol::Information, problem ? colours.problem : colours.accent)
+        SymbolIcon(problem ? Symbol::Warning : Symbol::Information, problem ? &Colours::problem : &Colours::accent)
             .pixmap(QSize(kSymbol, kSymbol), devicePixelRatioF()));
-    m_close->setIcon(SymbolIcon(Symbol::Close, colours.weak));
+    m_close->setIcon(SymbolIcon(Symbol::Close, &Colours::weak));
     m_text->setText(text);
     setAccessibleName(text);
     show();

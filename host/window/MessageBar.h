@@ -3,18 +3,19 @@
 
 #include <functional>
 
-#include <QFrame>
 #include <QTimer>
+#include <QWidget>
 
 #include <host/window/Texts.h>
 
+class QFrame;
 class QLabel;
 class QPushButton;
 class QToolButton;
 
 namespace HynHost
 {
-class MessageBar : public QFrame
+class MessageBar : public QWidget
 {
 public:
     explicit MessageBar(const Texts& texts, QWidget* parent = nullptr);
@@ -31,6 +32,7 @@ public:
 private:
     void Say(const QString& text, bool problem);
 
+    QFrame* m_frame;
     QLabel* m_symbol;
     QLabel* m_text;
     QPushButton* m_action;

@@ -19,12 +19,13 @@ namespace HynHost
 namespace
 {
 constexpr std::chrono::milliseconds kTypingPause{120};
+constexpr int kWidthForAll = 860;
 
 QToolButton* FlatButton(Symbol symbol, const QString& name, QWidget* parent)
 {
     auto* button = new QToolButton(parent);
     button->setProperty("flat", true);
-    button->setIcon(SymbolIcon(symbol, TheColours().text));
+    button->setIcon(SymbolIcon(symbol, &Colours::text));
     button->setIconSize({20, 20});
     button->setToolTip(name);
     button->setAccessibleName(name);
@@ -56,7 +57,7 @@ QFrame* SearchBar::MakeTop()
     m_text->setPlaceholderText(m_texts("search.text"));
     m_text->setAccessibleName(m_texts("search.text"));
     m_text->setClearButtonEnabled(true);
-    m_text->addAction(SymbolIcon(Symbol::Search, TheColours().weak), QLineEdit::LeadingPosition);
+    m_text->addAction(SymbolIcon(Symbol::Search, &Colours::weak), QLineEdit::LeadingPosition);
     m_text->setMinimumWidth(200);
     m_text->setMaximumWidth(420);
     m_text->installEventFilter(this);
@@ -66,7 +67,7 @@ QFrame* SearchBar::MakeTop()
     m_counts = new QLabel(top);
     m_counts->setProperty("weak", true);
     m_add = new QPushButton(QLatin1Char(' ') + m_texts("add"), top);
-    m_add->setIcon(SymbolIcon(Symbol::Folder, TheColours().text));
+    m_add->setIcon(SymbolIcon(Symbol::Folder, &Colours::text));
     auto* more = FlatButton(Symbol::More, m_texts("more"), top);
 
     auto* row = new QHBoxLayout(top);
@@ -125,9 +126,9 @@ QFrame* SearchBar::MakeFilter()
     row->addWidget(m_from);
     row->addWidget(m_to);
     row->addSpacing(2 * kGrid);
-    auto* least = new QLabel(m_texts("search.least"), filter);
-    least->setProperty("weak", true);
-    row->addWidget(least);
+    m_least = new QLabel(m_texts("search.least"), filter);
+    m_least->setProperty("weak", true);
+    row->addWidget(m_least);
     row->addWidget(m_stars);
     row->addStretch(1);
     row->addWidget(m_clear);
@@ -208,6 +209,14 @@ bool SearchBar::IsFilterShown() const
 void SearchBar::ShowFilter(bool shown)
 {
     m_filterButton->setChecked(shown);
+}
+
+// What can be done otherwise, by Escape, makes room in a narrow window.
+void SearchBar::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    m_clear->setVisible(width() >= kWidthForAll);
+    m_least->setVisible(width() >= kWidthForAll);
 }
 
 // Down goes on to the pictures; so does Escape when there is nothing to clear.

@@ -44,6 +44,7 @@ public:
     std::function<void()> onLeave;      // the user goes on to the pictures
 
 protected:
+    void resizeEvent(QResizeEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -61,6 +62,7 @@ private:
     QButtonGroup* m_kinds;
     DayButton* m_from;
     DayButton* m_to;
+    QLabel* m_least;
     StarRating* m_stars;
     QPushButton* m_clear;
     QTimer m_typed;

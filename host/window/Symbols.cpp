@@ -174,11 +174,11 @@ QPainterPath PathOf(Symbol symbol)
 class SymbolEngine : public QIconEngine
 {
 public:
-    SymbolEngine(Symbol symbol, const QColor& colour) : m_symbol(symbol), m_colour(colour) {}
+    SymbolEngine(Symbol symbol, QColor Colours::*colour) : m_symbol(symbol), m_colour(colour) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override
     {
-        QColor colour = m_colour;
+        QColor colour = TheColours().*m_colour;
         if (mode == QIcon::Disabled)
             colour.setAlphaF(0.4F);
         DrawSymbol(*painter, m_symbol, rect, colour);
@@ -197,7 +197,7 @@ public:
 
 private:
     Symbol m_symbol;
-    QColor m_colour;
+    QColor Colours::*m_colour;
 };
 } // namespace
 
@@ -218,7 +218,7 @@ void DrawSymbol(QPainter& painter, Symbol symbol, const QRectF& square, const QC
     painter.restore();
 }
 
-QIcon SymbolIcon(Symbol symbol, const QColor& colour)
+QIcon SymbolIcon(Symbol symbol, QColor Colours::*colour)
 {
     return QIcon(new SymbolEngine(symbol, colour));
 }

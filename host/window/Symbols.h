@@ -6,6 +6,7 @@
 #include <QRectF>
 
 #include <host/MediaKind.h>
+#include <host/window/Style.h>
 
 class QPainter;
 
@@ -37,6 +38,6 @@ enum class Symbol
 // Draws the symbol so that it fills the square. [main]
 void DrawSymbol(QPainter& painter, Symbol symbol, const QRectF& square, const QColor& colour);
 
-// [main]
-[[nodiscard]] QIcon SymbolIcon(Symbol symbol, const QColor& colour);
+// In one of the window's colours, also when these change: SymbolIcon(Symbol::Close, &Colours::weak). [main]
+[[nodiscard]] QIcon SymbolIcon(Symbol symbol, QColor Colours::*colour);
 } // namespace HynHost

@@ -102,6 +102,6 @@ void WindowFixture::Press(int key, Qt::KeyboardModifiers modifiers)
 
 std::string WindowFixture::Message()
 {
-    return m_window->findChild<MessageBar*>(QStringLiteral("messageBar"))->Text().toStdString();
+    return m_window->findChild<MessageBar*>(QStringLiteral("messages"))->Text().toStdString();
 }
 } // namespace HalyonTest
