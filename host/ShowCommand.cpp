@@ -56,6 +56,7 @@ std::vector<std::string> Arguments(const std::string& program, const ShowOptions
     const std::string program = FindOrganiser();
     std::vector<std::string> words = Arguments(program, options, storage);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

@@ -1,8 +1,10 @@
 #include <host/window/DetailPane.h>
 
-#include <algorithm>
+#include <utility>
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QImageReader>
@@ -46,6 +48,15 @@ QImage ReadScaled(const QString& path, const QSize& box)
         reader.setScaledSize(Fitted(size, isTurned ? box.transposed() : box));
     return reader.read();
 }
+
+// The file's picture, from the thread that has read it.
+struct PictureEvent : QEvent
+{
+    PictureEvent(long long ofItem, QImage read) : QEvent(QEvent::User), id(ofItem), image(std::move(read)) {}
+
+    long long id;
+    QImage image;
+};
 
 QDateTime LocalTime(const FILETIME& moment)
 {
@@ -272,16 +283,16 @@ void DetailPane::ReadFile()
         [this, id = m_details.id, path = FromText(m_details.path), box]
         {
             // What is posted here is dropped when the pane goes, which waits for this to end.
-            QMetaObject::invokeMethod(
-                this,
-                [this, id, image = ReadScaled(path, box)]
-                {
-                    if (id != m_details.id || image.isNull())
-                        return;
-                    m_fileOf = id;
-                    m_picture->SetImage(image);
-                },
-                Qt::QueuedConnection);
+            QCoreApplication::postEvent(this, new PictureEvent(id, ReadScaled(path, box)));
         });
+}
+
+void DetailPane::customEvent(QEvent* event)
+{
+    const auto& read = *static_cast<PictureEvent*>(event);
+    if (read.id != m_details.id || read.image.isNull())
+        return;
+    m_fileOf = read.id;
+    m_picture->SetImage(read.image);
 }
 } // namespace HynHost

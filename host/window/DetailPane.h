@@ -59,6 +59,9 @@ public:
 
     std::function<void(int)> onRated;
 
+protected:
+    void customEvent(QEvent* event) override; // the file was read
+
 private:
     void AddFact(const char* key, const QString& fact);
     void ShowFacts();

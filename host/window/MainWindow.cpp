@@ -266,12 +266,14 @@ void MainWindow::Open()
     m_library->Open();
 }
 
+// Of a catalogue that is there, the pictures come next; until then the window must not say that there are none.
 void MainWindow::OnOpened(bool exists)
 {
-    m_opened = true;
     m_broken.clear();
-    if (!exists)
-        m_search->SetCounts(0, m_all = 0);
+    if (exists)
+        return;
+    m_opened = true;
+    m_search->SetCounts(0, m_all = 0);
     ShowPage();
 }
 
@@ -537,11 +539,12 @@ void MainWindow::OnImportProgress(const ImportState& state)
 void MainWindow::OnImportEnded(const ImportReport& report, const std::string& failure)
 {
     m_import->hide();
-    const auto problems = static_cast<long long>(report.problems.size() + report.moreProblems);
-    QString text = m_texts.Count(report.interrupted ? "import.cancelled" : "import.done",
-                                 static_cast<long long>(report.added + report.changed));
+    const std::uint64_t taken = report.added + report.changed;
+    const std::uint64_t problems = report.problems.size() + report.moreProblems;
+    QString text =
+        m_texts.Count(report.interrupted ? "import.cancelled" : "import.done", static_cast<long long>(taken));
     if (problems > 0)
-        text += QLatin1Char(' ') + m_texts.Count("import.problems", problems);
+        text += QLatin1Char(' ') + m_texts.Count("import.problems", static_cast<long long>(problems));
     if (failure.empty())
         m_message->Tell(text);
     else

@@ -26,6 +26,12 @@ QString Filled(QString text, Texts::Values values)
     return text;
 }
 
+// A text, or its form for a number where it has several.
+QString FormOf(const nlohmann::json& text, const char* form)
+{
+    return QString::fromStdString((text.is_object() ? text.at(form) : text).get<std::string>());
+}
+
 // The system's own locale knows the territory, and what the user has set beside the language.
 QLocale LocaleOf(const QString& localisation)
 {
@@ -54,14 +60,8 @@ try
     if (!file.open(QIODevice::ReadOnly))
         throw HostError("cannot read", path.toStdString(), file.errorString().toStdString());
     const nlohmann::json texts = nlohmann::json::parse(file.readAll().toStdString());
-    for (const auto& [key, text] : texts.items())
-    {
-        const auto form = [](const nlohmann::json& forms, const char* name)
-        {
-            return QString::fromStdString(forms.is_object() ? forms.at(name) : forms);
-        };
-        m_forms[key] = {form(text, "one"), form(text, "other")};
-    }
+    for (const auto& entry : texts.items())
+        m_forms[entry.key()] = {FormOf(entry.value(), "one"), FormOf(entry.value(), "other")};
 }
 catch (const nlohmann::json::exception& error)
 {

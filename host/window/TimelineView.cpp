@@ -203,6 +203,9 @@ void TimelineView::SetWantedSide(int side)
     m_tick.start(kSettled);
 }
 
+// The list's own layout is of no use here: what it does is left to the view below it.
+// NOLINTBEGIN(bugprone-parent-virtual-call)
+
 void TimelineView::doItemsLayout()
 {
     QAbstractItemView::doItemsLayout();
@@ -497,4 +500,5 @@ QRegion TimelineView::visualRegionForSelection(const QItemSelection& /*selection
 {
     return viewport()->rect();
 }
+// NOLINTEND(bugprone-parent-virtual-call)
 } // namespace HynHost

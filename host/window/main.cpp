@@ -117,7 +117,7 @@ void WatchPainting(TimelineView& view, Trace& trace, Scroller& scroller, const S
         if (!trace.HasContent() || std::exchange(begun, true))
             return;
         if (options.traceScroll)
-            QTimer::singleShot(0, &view, [&scroller] { scroller.Start(); });
+            scroller.Start();
         else if (options.traceQuit && options.folder.empty())
             QCoreApplication::quit();
     };
