@@ -50,7 +50,8 @@ halyon_package(
   SECTION utils
   SUMMARY "catalogue of media files in a database"
   TEXT "hynhost catalogues the media files of folders, lists them by day, tells"
-       "about them, opens them and moves them to the trash."
+       "about them, opens them and moves them to the trash. hynhost show is a"
+       "window to look through them by day, to search, rate and import."
   DEPENDS ${this_module})
 
 include(CPack)
