@@ -42,7 +42,8 @@ TimelineView::TimelineView(const Texts& texts, QWidget* parent) : QListView(pare
 
 TimelineView::~TimelineView()
 {
-    setModel(nullptr); // it goes before the view does
+    m_restoring = true; // who would be told of the selection may be gone
+    setModel(nullptr);  // it goes before the view does
 }
 
 // --- what is shown ---------------------------------------------------------------------------------------------------
