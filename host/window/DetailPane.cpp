@@ -2,9 +2,7 @@
 
 #include <utility>
 
-#include <QCoreApplication>
 #include <QDir>
-#include <QEvent>
 #include <QFileInfo>
 #include <QFormLayout>
 #include <QImageReader>
@@ -48,15 +46,6 @@ QImage ReadScaled(const QString& path, const QSize& box)
         reader.setScaledSize(Fitted(size, isTurned ? box.transposed() : box));
     return reader.read();
 }
-
-// The file's picture, from the thread that has read it.
-struct PictureEvent : QEvent
-{
-    PictureEvent(long long ofItem, QImage read) : QEvent(QEvent::User), id(ofItem), image(std::move(read)) {}
-
-    long long id;
-    QImage image;
-};
 
 QDateTime LocalTime(const FILETIME& moment)
 {
@@ -145,17 +134,16 @@ void PictureBox::paintEvent(QPaintEvent* /*event*/)
     DrawSymbol(painter, m_symbol, square, weak);
 }
 
-DetailPane::DetailPane(const Texts& texts, QWidget* parent)
+DetailPane::DetailPane(Halyon::CHynThreadManager& manager, const Texts& texts, QWidget* parent)
     : QFrame(parent), m_texts(texts), m_picture(new PictureBox(this)), m_name(Label(this, 1.2, QFont::DemiBold, false)),
       m_when(Label(this, 1.0, QFont::Normal, true)), m_problem(Label(this, 1.0, QFont::Normal, false)),
-      m_stars(new StarRating(texts("rating"), this))
+      m_stars(new StarRating(texts("rating"), this)), m_main(manager), m_reader(manager, "picture")
 {
     setObjectName(QStringLiteral("detailPane"));
     setFixedWidth(kWidth);
     setAccessibleName(texts("details"));
     m_problem->setProperty("problem", true);
     m_stars->setObjectName(QStringLiteral("detailStars"));
-    m_reader.setMaxThreadCount(1);
 
     auto* body = new QWidget;
     body->setObjectName(QStringLiteral("detailBody"));
@@ -196,12 +184,6 @@ DetailPane::DetailPane(const Texts& texts, QWidget* parent)
             onRated(stars);
     };
     ShowCount(0);
-}
-
-DetailPane::~DetailPane()
-{
-    m_reader.clear();
-    m_reader.waitForDone();
 }
 
 void DetailPane::ShowCount(std::size_t selected)
@@ -275,24 +257,24 @@ void DetailPane::SetThumbnail(long long id, const QImage& image)
 
 void DetailPane::ReadFile()
 {
-    m_reader.clear();
+    m_wantedFile.store(m_details.isThere ? m_details.id : 0);
     if (!m_details.isThere)
         return;
     const QSize box = kPicture * devicePixelRatioF();
-    m_reader.start(
+    m_reader.Post(
         [this, id = m_details.id, path = FromText(m_details.path), box]
         {
-            // What is posted here is dropped when the pane goes, which waits for this to end.
-            QCoreApplication::postEvent(this, new PictureEvent(id, ReadScaled(path, box)));
+            if (m_wantedFile.load() != id)
+                return;
+            m_main.Post([this, id, image = ReadScaled(path, box)] { ShowFile(id, image); });
         });
 }
 
-void DetailPane::customEvent(QEvent* event)
+void DetailPane::ShowFile(long long id, const QImage& image)
 {
-    const auto& read = *static_cast<PictureEvent*>(event);
-    if (read.id != m_details.id || read.image.isNull())
+    if (id != m_details.id || image.isNull())
         return;
-    m_fileOf = read.id;
-    m_picture->SetImage(read.image);
+    m_fileOf = id;
+    m_picture->SetImage(image);
 }
 } // namespace HynHost

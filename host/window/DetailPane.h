@@ -4,14 +4,16 @@
 // shown.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <vector>
 
 #include <QFrame>
 #include <QImage>
-#include <QThreadPool>
 
+#include <host/FunctionWorker.h>
 #include <host/window/Library.h>
+#include <host/window/MainPost.h>
 #include <host/window/StarRating.h>
 #include <host/window/Symbols.h>
 #include <host/window/Texts.h>
@@ -43,10 +45,9 @@ private:
 class DetailPane : public QFrame
 {
 public:
-    // `texts` outlives the pane.
-    explicit DetailPane(const Texts& texts, QWidget* parent = nullptr);
-    // Waits for the file that is being read.
-    ~DetailPane() override;
+    // `manager` has its main thread initialised; it and `texts` outlive the pane. Throws HostError when its thread
+    // cannot be started.
+    DetailPane(Halyon::CHynThreadManager& manager, const Texts& texts, QWidget* parent = nullptr);
 
     // [main], all of them.
 
@@ -59,13 +60,11 @@ public:
 
     std::function<void(int)> onRated;
 
-protected:
-    void customEvent(QEvent* event) override; // the file was read
-
 private:
     void AddFact(const char* key, const QString& fact);
     void ShowFacts();
     void ReadFile();
+    void ShowFile(long long id, const QImage& image);
 
     const Texts& m_texts;
     QWidget* m_body; // what is told of one
@@ -80,6 +79,8 @@ private:
     QImage m_thumbnail;
     long long m_thumbnailOf = 0;
     long long m_fileOf = 0; // the file's own picture is shown
-    QThreadPool m_reader;
+    MainPost m_main;
+    std::atomic<long long> m_wantedFile = 0;
+    FunctionWorker m_reader; // goes first, when it has read what it is at
 };
 } // namespace HynHost

@@ -80,7 +80,7 @@ MainWindow::MainWindow(Halyon::CHynThreadManager& manager, const std::string& ca
     setWindowIcon(ProgramIcon());
     setMinimumSize(kLeastSize);
     setAcceptDrops(true);
-    Build();
+    Build(manager);
     ConnectParts();
     AddKeys();
     Restore();
@@ -93,7 +93,7 @@ MainWindow::~MainWindow()
     m_library.reset();
 }
 
-void MainWindow::Build()
+void MainWindow::Build(Halyon::CHynThreadManager& manager)
 {
     auto* whole = new QWidget(this);
     m_search = new SearchBar(m_texts, whole);
@@ -104,7 +104,7 @@ void MainWindow::Build()
     auto* pictures = new QWidget(m_pages);
     m_timeline = new TimelineView(m_texts, pictures);
     m_years = new YearBar(m_texts, pictures);
-    m_details = new DetailPane(m_texts, pictures);
+    m_details = new DetailPane(manager, m_texts, pictures);
     auto* row = new QHBoxLayout(pictures);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(0);

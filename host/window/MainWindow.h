@@ -67,7 +67,7 @@ private:
     void OnImportProgress(const ImportState& state) override;
     void OnImportEnded(const ImportReport& report, const std::string& failure) override;
 
-    void Build();
+    void Build(Halyon::CHynThreadManager& manager);
     void ConnectParts();
     void AddKeys();
     void AddKey(QWidget* widget, const QKeySequence& key, std::function<void()> action);
