@@ -46,7 +46,7 @@ void LibraryFixture::CloseLibrary()
 
 void LibraryFixture::Until(const char* what, const std::function<bool()>& isTrue)
 {
-    const auto giveUp = std::chrono::steady_clock::now() + 20s;
+    const auto giveUp = std::chrono::steady_clock::now() + 120s; // emulated machines are slow
     while (!isTrue())
     {
         ASSERT_LT(std::chrono::steady_clock::now(), giveUp) << "not " << what;
