@@ -93,20 +93,6 @@ constexpr const char16_t* kViewOfVersion2 =
     u" file.name AS name, kind, size, mtime_ns / 1e9 - 978307200.0 AS modified, taken, width, height, rating, problem,"
     u" volume FROM file JOIN folder ON folder.id = file.folder JOIN volume ON volume.id = folder.volume"
     u" WHERE kind IS NOT NULL";
-constexpr const char16_t* kFileOfVersion2 = u"CREATE TABLE file ("
-                                            u" id INTEGER PRIMARY KEY,"
-                                            u" folder INTEGER NOT NULL REFERENCES folder (id),"
-                                            u" name TEXT NOT NULL,"
-                                            u" size INTEGER NOT NULL,"
-                                            u" mtime_ns INTEGER NOT NULL,"
-                                            u" inode INTEGER NOT NULL,"
-                                            u" kind TEXT,"
-                                            u" taken REAL,"
-                                            u" width INTEGER,"
-                                            u" height INTEGER,"
-                                            u" rating INTEGER,"
-                                            u" problem TEXT,"
-                                            u" UNIQUE (folder, name))";
 
 // Version 1 kept absolute paths, which are paths on the startup volume; other volumes take theirs when they are
 // imported. A new table, for the old one holds each path once.
@@ -124,10 +110,13 @@ constexpr const char16_t* kFromVersion1[] = {
     u"ALTER TABLE folder_2 RENAME TO folder",
     kViewOfVersion2,
 };
-// What no version has made. A table that was renamed has its name in quotes. The engine's own statistics do no harm.
+
+// What no version has made. A table that was renamed has its name in quotes; files had no given stars before version 3.
+// The engine's own statistics do no harm.
 constexpr const char16_t* kFindForeign =
     u"SELECT name FROM sqlite_master WHERE sql IS NOT NULL AND sql NOT LIKE 'CREATE TABLE sqlite@_stat%' ESCAPE '@'"
-    u" AND replace(sql, '\"', '') NOT IN (?, ?, ?, ?, ?, ?, ?, ?, ?, ?) ORDER BY name LIMIT 1";
+    u" AND replace(sql, '\"', '') NOT IN (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, replace(?3, ' given INTEGER,', ''))"
+    u" ORDER BY name LIMIT 1";
 
 constexpr std::string_view kOpenAction = "cannot open the catalogue";
 
@@ -223,7 +212,7 @@ void Catalog::CheckSchema()
         return; // it is refused for that
     Command find = m_database.prepare(kFindForeign);
     const Rows foreign = find.query(kMakeVolume, kMakeFolder, kMakeFile, kMakeThumbnail, kMakeTrigger, kMakeView,
-                                    kFolderOfVersion1, kViewOfVersion1, kFileOfVersion2, kViewOfVersion2);
+                                    kFolderOfVersion1, kViewOfVersion1, kViewOfVersion2);
     if (foreign.at_end())
         return;
     const std::string name = PrintableText(foreign.row().get<std::optional<std::string>>(0).value_or(""));

@@ -18,7 +18,7 @@
 // Flags that change the binary interface are refused here: a component built with one of them could be loaded and
 // would then read other layouts than its host. Flags that leave layouts and calls alone are nobody's business.
 #if defined(__SIZEOF_WCHAR_T__) && __SIZEOF_WCHAR_T__ != 4
-#error "Halyon: build without -fshort-wchar; libraries that take a std::wstring would read it wrongly"
+#error "Halyon: build without -fshort-wchar; other libraries rely on the width of the compiler's wide character"
 #endif
 #if defined(_GLIBCXX_USE_CXX11_ABI) && _GLIBCXX_USE_CXX11_ABI == 0
 #error "Halyon: build with the current C++ library ABI (_GLIBCXX_USE_CXX11_ABI=1)"

@@ -81,7 +81,7 @@ protected:
     // Takes it away, as the end of the program does, and what it told.
     void CloseLibrary();
 
-    // Turns the main loop until `isTrue`, and fails when that takes too long.
+    // Turns the main loop until `isTrue`; throws when that takes too long.
     void Until(const char* what, const std::function<bool()>& isTrue);
     // Until the search answers after `action`.
     void UntilIndexAfter(const std::function<void()>& action);

@@ -1,6 +1,8 @@
 #include <tests/window/WindowFixture.h>
 
 #include <chrono>
+#include <stdexcept>
+#include <string>
 
 #include <QDropEvent>
 #include <QMimeData>
@@ -64,10 +66,11 @@ void WindowFixture::CloseWindow()
 
 void WindowFixture::Until(const char* what, const std::function<bool()>& isTrue)
 {
-    const auto giveUp = std::chrono::steady_clock::now() + 15s;
+    const auto giveUp = std::chrono::steady_clock::now() + 120s; // emulated machines are slow
     while (!isTrue())
     {
-        ASSERT_LT(std::chrono::steady_clock::now(), giveUp) << "not " << what << "; the window says: " << Message();
+        if (std::chrono::steady_clock::now() > giveUp)
+            throw std::runtime_error("not " + std::string(what) + "; the window says: " + Message());
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
     }
 }
